@@ -1,0 +1,39 @@
+#include "Platform/ImageDecoder/ImageDecoder.h"
+
+#include "Platform/ImageDecoder/JpegPhoto.h"
+#include "Platform/ImageDecoder/OtherPhoto.h"
+#include "Platform/ImageDecoder/ReadOnlyFile.h"
+
+namespace Platform {
+
+namespace {
+
+/// Why there is no picture, where the decoders themselves have no more to say.
+Error failure(const ReadOnlyFile& file, const Task& task) {
+    if (task.isCancelled()) {
+        return Error(QStringLiteral("The decoding of “%1” was cancelled.").arg(displayText(file.name())));
+    }
+    if (file.errorCode() != 0) {
+        return Error::ofSystemCall(QStringLiteral("“%1” could not be read"), file.name(), file.errorCode());
+    }
+    return Error(QStringLiteral("“%1” is not a picture that can be read.").arg(displayText(file.name())));
+}
+
+} // namespace
+
+Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task) {
+    Result<ReadOnlyFile> file = ReadOnlyFile::open(url);
+    if (!file) {
+        return file.error();
+    }
+    Result<QImage> pixels = decodeJpeg(*file, maxPixelSize, task);
+    if (pixels && pixels->isNull() && !task.isCancelled() && file->errorCode() == 0) {
+        pixels = decodeOther(*file, maxPixelSize, task);
+    }
+    if (!pixels) {
+        return pixels.error();
+    }
+    return pixels->isNull() ? Result<Image>(failure(*file, task)) : Result<Image>(Image(*pixels));
+}
+
+} // namespace Platform

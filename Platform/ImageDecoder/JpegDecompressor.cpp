@@ -1,0 +1,204 @@
+#include "Platform/ImageDecoder/JpegDecompressor.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+// libjpeg reports a fatal error by a jump out of its depths. Every method that calls it therefore marks the
+// place where the jump lands, and holds nothing of its own that would need destruction.
+
+namespace Platform {
+
+namespace {
+
+constexpr std::size_t bufferSize = 64 * 1024;
+
+// The coefficients of a progressive picture are all in memory at once.
+constexpr long maximumCoefficientBytes = 2L << 30;
+
+// Cameras write ten scans or so. Tiny files of thousands of scans would keep the decoder busy for minutes.
+constexpr int maximumScans = 500;
+constexpr qint64 maximumScannedPixels = 8'000'000'000;
+
+constexpr int exifMarker = JPEG_APP0 + 1;
+constexpr int iccMarker = JPEG_APP0 + 2;
+constexpr unsigned maximumMarkerLength = 0xffff;
+constexpr std::string_view exifSignature("Exif\0", 5);
+constexpr std::string_view iccSignature("ICC_PROFILE\0", 12);
+constexpr std::size_t iccHeaderLength =
+    iccSignature.size() + 2; // the number of the segment and how many there are
+
+/// What the marker carries, where it begins with the signature; else nothing.
+std::span<const uchar> payload(const jpeg_marker_struct& marker, int code, std::string_view signature) {
+    const bool matches = marker.marker == code && marker.data_length >= signature.size() &&
+                         std::memcmp(marker.data, signature.data(), signature.size()) == 0;
+    return matches ? std::span<const uchar>(marker.data, marker.data_length) : std::span<const uchar>();
+}
+
+/// What the only ICC segment holds, whatever its number says; nothing where there are several.
+std::span<const uchar> onlyProfileSegment(const jpeg_marker_struct* marker) {
+    std::span<const uchar> only;
+    for (; marker; marker = marker->next) {
+        const std::span<const uchar> segment = payload(*marker, iccMarker, iccSignature);
+        if (segment.size() > iccHeaderLength) {
+            if (!only.empty()) {
+                return {};
+            }
+            only = segment.subspan(iccHeaderLength);
+        }
+    }
+    return only;
+}
+
+JpegDecompressor& self(void* clientData) {
+    return *static_cast<JpegDecompressor*>(clientData);
+}
+
+} // namespace
+
+JpegDecompressor::JpegDecompressor(ReadOnlyFile& file, const Task& task)
+    : m_file(file), m_task(task), m_buffer(std::make_unique_for_overwrite<JOCTET[]>(bufferSize)) {
+    m_info.err = jpeg_std_error(&m_errors);
+    m_info.client_data = this;
+    m_errors.error_exit = &JpegDecompressor::leave;
+    m_errors.emit_message = [](j_common_ptr, int) {};
+    m_errors.output_message = [](j_common_ptr) {};
+    m_progress.progress_monitor = &JpegDecompressor::monitorProgress;
+    m_source.init_source = [](j_decompress_ptr) {};
+    m_source.fill_input_buffer = &JpegDecompressor::fillBuffer;
+    m_source.skip_input_data = &JpegDecompressor::skip;
+    m_source.resync_to_restart = jpeg_resync_to_restart;
+    m_source.term_source = [](j_decompress_ptr) {};
+}
+
+JpegDecompressor::~JpegDecompressor() {
+    jpeg_destroy_decompress(&m_info);
+}
+
+bool JpegDecompressor::readHeader() {
+    if (setjmp(m_leaving) != 0) {
+        return false;
+    }
+    jpeg_create_decompress(&m_info);
+    m_info.progress = &m_progress;
+    m_info.src = &m_source;
+    m_info.mem->max_memory_to_use = maximumCoefficientBytes;
+    jpeg_save_markers(&m_info, exifMarker, maximumMarkerLength);
+    jpeg_save_markers(&m_info, iccMarker, maximumMarkerLength);
+    return jpeg_read_header(&m_info, TRUE) == JPEG_HEADER_OK;
+}
+
+QSize JpegDecompressor::size() const {
+    return QSize(static_cast<int>(m_info.image_width), static_cast<int>(m_info.image_height));
+}
+
+JpegDecompressor::Components JpegDecompressor::components() const {
+    switch (m_info.jpeg_color_space) {
+    case JCS_GRAYSCALE:
+        return Components::Grey;
+    case JCS_CMYK:
+    case JCS_YCCK:
+        return Components::Cmyk;
+    default:
+        return Components::Rgb;
+    }
+}
+
+std::span<const uchar> JpegDecompressor::exif() const {
+    for (const jpeg_marker_struct* marker = m_info.marker_list; marker; marker = marker->next) {
+        const std::span<const uchar> segment = payload(*marker, exifMarker, exifSignature);
+        if (!segment.empty()) {
+            return segment;
+        }
+    }
+    return {};
+}
+
+QByteArray JpegDecompressor::iccProfile() {
+    JOCTET* profile = nullptr;
+    unsigned size = 0;
+    if (assembleProfile(&profile, &size)) {
+        const std::unique_ptr<JOCTET, decltype(&std::free)> owner(profile, &std::free);
+        return QByteArray(reinterpret_cast<const char*>(profile), size);
+    }
+    const std::span<const uchar> segment = onlyProfileSegment(m_info.marker_list);
+    return QByteArray(reinterpret_cast<const char*>(segment.data()), static_cast<qsizetype>(segment.size()));
+}
+
+bool JpegDecompressor::assembleProfile(JOCTET** profile, unsigned* size) {
+    return setjmp(m_leaving) == 0 && jpeg_read_icc_profile(&m_info, profile, size);
+}
+
+bool JpegDecompressor::start(int denominator) {
+    if (setjmp(m_leaving) != 0) {
+        return false;
+    }
+    m_info.scale_num = 1;
+    m_info.scale_denom = static_cast<unsigned>(denominator);
+    m_info.out_color_space = components() == Components::Cmyk ? JCS_CMYK : JCS_EXT_BGRA;
+    return jpeg_start_decompress(&m_info);
+}
+
+QSize JpegDecompressor::scaledSize() const {
+    return QSize(static_cast<int>(m_info.output_width), static_cast<int>(m_info.output_height));
+}
+
+int JpegDecompressor::readRows(uchar* rows, qsizetype bytesPerLine, int count) {
+    const JDIMENSION first = m_info.output_scanline;
+    const JDIMENSION end = std::min(first + static_cast<JDIMENSION>(count), m_info.output_height);
+    if (setjmp(m_leaving) == 0) {
+        while (m_info.output_scanline < end) {
+            JSAMPROW row = rows + static_cast<qsizetype>(m_info.output_scanline - first) * bytesPerLine;
+            jpeg_read_scanlines(&m_info, &row, 1);
+        }
+    }
+    return static_cast<int>(m_info.output_scanline - first);
+}
+
+void JpegDecompressor::leave(j_common_ptr info) {
+    std::longjmp(self(info->client_data).m_leaving, 1);
+}
+
+void JpegDecompressor::monitorProgress(j_common_ptr info) {
+    const JpegDecompressor& jpeg = self(info->client_data);
+    if (jpeg.m_task.isCancelled() || jpeg.isBeyondLimits()) {
+        leave(info);
+    }
+}
+
+bool JpegDecompressor::isBeyondLimits() const {
+    const qint64 pixels = static_cast<qint64>(m_info.image_width) * m_info.image_height;
+    return m_info.input_scan_number > maximumScans ||
+           m_info.input_scan_number * pixels > maximumScannedPixels;
+}
+
+boolean JpegDecompressor::fillBuffer(j_decompress_ptr info) {
+    JpegDecompressor& jpeg = self(info->client_data);
+    if (jpeg.m_task.isCancelled()) {
+        leave(reinterpret_cast<j_common_ptr>(info));
+    }
+    std::size_t size = jpeg.m_file.read(jpeg.m_buffer.get(), bufferSize);
+    if (size == 0) {
+        // An end of image in place of what is missing lets the library show what came before.
+        jpeg.m_buffer[0] = 0xff;
+        jpeg.m_buffer[1] = JPEG_EOI;
+        size = 2;
+    }
+    jpeg.m_source.next_input_byte = jpeg.m_buffer.get();
+    jpeg.m_source.bytes_in_buffer = size;
+    return TRUE;
+}
+
+void JpegDecompressor::skip(j_decompress_ptr info, long count) {
+    jpeg_source_mgr& source = *info->src;
+    auto left = static_cast<std::size_t>(std::max(count, 0L));
+    while (left > source.bytes_in_buffer) {
+        left -= source.bytes_in_buffer;
+        fillBuffer(info);
+    }
+    source.next_input_byte += left;
+    source.bytes_in_buffer -= left;
+}
+
+} // namespace Platform

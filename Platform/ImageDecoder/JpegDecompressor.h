@@ -1,0 +1,74 @@
+#pragma once
+
+#include "Platform/ImageDecoder/ReadOnlyFile.h"
+#include "Platform/ImageDecoder/RowSource.h"
+#include "Platform/Task.h"
+
+#include <QByteArray>
+#include <QSize>
+
+#include <jpeglib.h>
+
+#include <csetjmp>
+#include <cstdio>
+#include <memory>
+#include <span>
+
+namespace Platform {
+
+/// libjpeg over a file. A damaged or truncated file gives its rows as far as the library can make anything of
+/// them. Each method that may fail does so, too, once the task is cancelled; after a failure nothing more can
+/// be decoded.
+class JpegDecompressor final : public RowSource {
+public:
+    enum class Components { Grey, Rgb, Cmyk };
+
+    /// @param file  at its start; it outlives this object
+    JpegDecompressor(ReadOnlyFile& file, const Task& task);
+    ~JpegDecompressor() override;
+
+    /// Reads up to where the picture's data begin. All below may be called after it succeeded.
+    bool readHeader();
+
+    /// Size in pixels as stored, before scaling and without regard to the orientation.
+    QSize size() const;
+
+    /// What the pixels are stored as. Rows come as blue, green, red and 255 in the first two cases, as inks
+    /// in the last.
+    Components components() const;
+
+    /// The bytes of the EXIF segment from "Exif" on, valid as long as this object; empty where there is none.
+    std::span<const uchar> exif() const;
+
+    /// The embedded ICC profile, put together from its segments; empty where there is none or a segment is
+    /// missing.
+    QByteArray iccProfile();
+
+    /// Begins decoding at 1/denominator of the size: 1, 2, 4 or 8.
+    bool start(int denominator);
+
+    /// Size in pixels of the rows that come, after start().
+    QSize scaledSize() const;
+
+    int readRows(uchar* rows, qsizetype bytesPerLine, int count) override;
+
+private:
+    static void leave(j_common_ptr info);
+    static void monitorProgress(j_common_ptr info);
+    static boolean fillBuffer(j_decompress_ptr info);
+    static void skip(j_decompress_ptr info, long count);
+
+    bool assembleProfile(JOCTET** profile, unsigned* size);
+    bool isBeyondLimits() const;
+
+    ReadOnlyFile& m_file;
+    const Task m_task;
+    const std::unique_ptr<JOCTET[]> m_buffer;
+    jpeg_decompress_struct m_info{};
+    jpeg_error_mgr m_errors{};
+    jpeg_progress_mgr m_progress{};
+    jpeg_source_mgr m_source{};
+    std::jmp_buf m_leaving{};
+};
+
+} // namespace Platform

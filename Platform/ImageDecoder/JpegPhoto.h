@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Platform/ImageDecoder/ReadOnlyFile.h"
+#include "Platform/Result.h"
+#include "Platform/Task.h"
+
+#include <QImage>
+
+namespace Platform {
+
+/// Decodes a JPEG file, scaled down as far as that goes while decoding.
+///
+/// @param file  at its start
+/// @return the picture as decodeImage() gives it; null where libjpeg finds none in the file or the task was
+///         cancelled; an error for too large a picture or too little memory
+Result<QImage> decodeJpeg(ReadOnlyFile& file, int maxPixelSize, const Task& task);
+
+} // namespace Platform

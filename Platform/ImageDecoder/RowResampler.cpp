@@ -1,0 +1,139 @@
+#include "Platform/ImageDecoder/RowResampler.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace Platform {
+
+namespace {
+
+constexpr double kernelRadius = 2;
+
+/// Catmull-Rom cubic at a distance from its centre.
+double kernel(double distance) {
+    const double x = std::abs(distance);
+    if (x < 1) {
+        return (1.5 * x - 2.5) * x * x + 1;
+    }
+    return x < kernelRadius ? ((-0.5 * x + 2.5) * x - 4) * x + 2 : 0;
+}
+
+// The four bytes of a pixel as floats in one register.
+using Pixel [[gnu::vector_size(4 * sizeof(float))]] = float;
+
+Pixel load(const float* values) {
+    Pixel pixel;
+    std::memcpy(&pixel, values, sizeof pixel);
+    return pixel;
+}
+
+void round(const float* __restrict values, uchar* __restrict bytes, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        bytes[i] = static_cast<uchar>(static_cast<int>(std::min(std::max(values[i] + 0.5F, 0.0F), 255.0F)));
+    }
+}
+
+template <int fixed>
+void sumPixels(const std::vector<int>& firsts, const float* weight, const float* column, float* reduced, int t) {
+    const int taps = fixed ? fixed : t;
+    for (const int first : firsts) {
+        const float* pixels = column + static_cast<std::size_t>(first) * bytesPerPixel;
+        Pixel sum{};
+        for (int tap = 0; tap < taps; ++tap, ++weight, pixels += bytesPerPixel) {
+            sum += *weight * load(pixels);
+        }
+        std::memcpy(reduced, &sum, sizeof sum);
+        reduced += bytesPerPixel;
+    }
+}
+
+} // namespace
+
+RowResampler::Filter::Filter(int length, double extent, int reducedLength)
+    : first(static_cast<std::size_t>(reducedLength)) {
+    const double ratio = extent / reducedLength;
+    const double radius = kernelRadius * ratio;
+    taps = std::min(static_cast<int>(std::ceil(2 * radius)), length);
+    weights.resize(static_cast<std::size_t>(reducedLength) * static_cast<std::size_t>(taps));
+    auto weight = weights.begin();
+    for (int i = 0; i < reducedLength; ++i) {
+        const double center = (i + 0.5) * ratio - 0.5;
+        first[static_cast<std::size_t>(i)] =
+            std::clamp(static_cast<int>(std::floor(center - radius)) + 1, 0, length - taps);
+        double sum = 0;
+        for (int tap = 0; tap < taps; ++tap) {
+            sum += kernel((first[static_cast<std::size_t>(i)] + tap - center) / ratio);
+        }
+        for (int tap = 0; tap < taps; ++tap) {
+            *weight++ =
+                static_cast<float>(kernel((first[static_cast<std::size_t>(i)] + tap - center) / ratio) / sum);
+        }
+    }
+}
+
+RowResampler::RowResampler(RowSource& source, QSize size, QSizeF extent, QSize reduced)
+    : m_source(source),
+      m_width(size.width()),
+      m_across(size.width(), extent.width(), reduced.width()),
+      m_down(size.height(), extent.height(), reduced.height()),
+      m_rows(static_cast<std::size_t>(m_down.taps) * static_cast<std::size_t>(m_width) * bytesPerPixel),
+      m_column(static_cast<std::size_t>(m_width) * bytesPerPixel),
+      m_reduced(static_cast<std::size_t>(reduced.width()) * bytesPerPixel) {}
+
+int RowResampler::readRows(uchar* rows, qsizetype bytesPerLine, int count) {
+    for (int row = 0; row < count; ++row, ++m_rowsWritten) {
+        const auto next = static_cast<std::size_t>(m_rowsWritten);
+        if (next == m_down.first.size() || !readUpTo(m_down.first[next] + m_down.taps)) {
+            return row;
+        }
+        filterColumns(m_rowsWritten);
+        filterRow(rows + row * bytesPerLine);
+    }
+    return count;
+}
+
+bool RowResampler::readUpTo(int row) {
+    const qsizetype bytesPerLine = static_cast<qsizetype>(m_width) * bytesPerPixel;
+    for (; m_rowsRead < row; ++m_rowsRead) {
+        uchar* const place = m_rows.data() + (m_rowsRead % m_down.taps) * bytesPerLine;
+        if (m_source.readRows(place, bytesPerLine, 1) != 1) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void RowResampler::filterColumns(int reducedRow) {
+    // Small enough a piece for the sums to stay in the nearest cache.
+    constexpr std::size_t piece = 512;
+    const auto taps = static_cast<std::size_t>(m_down.taps);
+    const auto first = static_cast<std::size_t>(m_down.first[static_cast<std::size_t>(reducedRow)]);
+    const float* const weights = m_down.weights.data() + static_cast<std::size_t>(reducedRow) * taps;
+    const std::size_t length = m_column.size();
+    for (std::size_t begin = 0; begin < length; begin += piece) {
+        const std::size_t count = std::min(piece, length - begin);
+        float* __restrict const sums = m_column.data() + begin;
+        std::fill_n(sums, count, 0.0F);
+        for (std::size_t tap = 0; tap < taps; ++tap) {
+            const uchar* __restrict const values = m_rows.data() + (first + tap) % taps * length + begin;
+            const float weight = weights[tap];
+            for (std::size_t i = 0; i < count; ++i) {
+                sums[i] += weight * static_cast<float>(values[i]);
+            }
+        }
+    }
+}
+
+void RowResampler::filterRow(uchar* row) {
+    switch (m_across.taps) {
+    case 4: sumPixels<4>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), 4); break;
+    case 5: sumPixels<5>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), 5); break;
+    case 6: sumPixels<6>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), 6); break;
+    case 7: sumPixels<7>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), 7); break;
+    default: sumPixels<0>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), m_across.taps); break;
+    }
+    round(m_reduced.data(), row, m_reduced.size());
+}
+
+} // namespace Platform

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Platform/Task.h"
+#include "Platform/WorkerPool.h"
+
+#include <QObject>
+
+namespace Platform {
+
+/// Runs work on threads of its own: user-initiated work on threads of normal priority, background work on threads of
+/// the lowest. Sleeps by the real clock. Made and destroyed on the main thread, whose event loop must run for
+/// deliveries; the destructor cancels what is under way and waits for it.
+class SystemTaskScheduler final : public TaskScheduler {
+public:
+    SystemTaskScheduler();
+
+protected:
+    void runDetached(const Task& task, TaskPriority priority, std::function<void()> work) override;
+    void runOnMain(std::function<void()> step) override;
+    void runLater(std::chrono::nanoseconds duration, std::function<void()> step) override;
+
+private:
+    // Deliveries still queued for it are dropped with it. It outlives the pools, whose threads post to it.
+    QObject m_mainThread;
+    WorkerPool m_userInitiated;
+    WorkerPool m_background;
+};
+
+} // namespace Platform

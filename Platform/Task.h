@@ -1,0 +1,82 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace Platform {
+
+enum class TaskPriority {
+    UserInitiated, ///< somebody is waiting for the result
+    Background,    ///< gives way to everything else on the machine
+};
+
+/// A handle of one piece of background work. Copies stand for the same work and are equal; each piece of work has a
+/// mark of its own. Dropping the handle does not cancel. Any thread may cancel and ask.
+class Task {
+public:
+    void cancel() const { m_isCancelled->store(true, std::memory_order_relaxed); }
+    bool isCancelled() const { return m_isCancelled->load(std::memory_order_relaxed); }
+
+    friend bool operator==(const Task&, const Task&) = default;
+
+private:
+    std::shared_ptr<std::atomic<bool>> m_isCancelled = std::make_shared<std::atomic<bool>>(false);
+};
+
+/// Where background work and sleeps go. Work leaves the main thread as a value and comes back as a value; it is
+/// delivered on the main thread, and only where its task has not been cancelled by then.
+///
+/// detached() and sleep() are called on the main thread. Their closures run later, so they hold no owner that may be
+/// gone by then, but a weak reference to it.
+class TaskScheduler {
+public:
+    TaskScheduler() = default;
+    TaskScheduler(const TaskScheduler&) = delete;
+    TaskScheduler& operator=(const TaskScheduler&) = delete;
+    virtual ~TaskScheduler() = default;
+
+    /// Runs work(task) off the main thread and then hands its result to deliver(result) on the main thread.
+    /// Work looks at task.isCancelled() now and then and may return anything once it is: the result is dropped.
+    /// @return the task, new or the one given
+    template <typename Work, typename Deliver>
+    Task detached(TaskPriority priority, Work work, Deliver deliver, Task task = {}) {
+        runDetached(task, priority, [this, task, work = std::move(work), deliver = std::move(deliver)] {
+            if (task.isCancelled()) {
+                return;
+            }
+            runOnMain([task, deliver, result = work(task)] {
+                if (!task.isCancelled()) {
+                    deliver(result);
+                }
+            });
+        });
+        return task;
+    }
+
+    /// Calls deliver() on the main thread once the duration has passed, unless the task is cancelled first.
+    template <typename Deliver>
+    Task sleep(std::chrono::nanoseconds duration, Deliver deliver) {
+        const Task task;
+        runLater(duration, [task, deliver = std::move(deliver)] {
+            if (!task.isCancelled()) {
+                deliver();
+            }
+        });
+        return task;
+    }
+
+protected:
+    /// Runs the work once, on some other thread. The task is given for shutting down early.
+    virtual void runDetached(const Task& task, TaskPriority priority, std::function<void()> work) = 0;
+
+    /// Runs the step once on a later turn of the main thread's event loop. Called on any thread.
+    virtual void runOnMain(std::function<void()> step) = 0;
+
+    /// Runs the step once on the main thread after the duration. Called on the main thread.
+    virtual void runLater(std::chrono::nanoseconds duration, std::function<void()> step) = 0;
+};
+
+} // namespace Platform

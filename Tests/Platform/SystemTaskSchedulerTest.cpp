@@ -1,0 +1,177 @@
+#include "Platform/SystemTaskScheduler.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <latch>
+#include <thread>
+
+using namespace std::chrono_literals;
+using Platform::SystemTaskScheduler;
+using Platform::Task;
+using Platform::TaskPriority;
+
+namespace {
+
+/// What a piece of work can tell of the thread that runs it.
+struct Seen {
+    std::thread::id thread;
+    int niceness = 0;
+};
+
+Seen lookAround(const Task&) {
+    return {std::this_thread::get_id(), getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()))};
+}
+
+} // namespace
+
+class SystemTaskSchedulerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void workRunsElsewhereAndItsResultComesBackToTheMainThread() {
+        SystemTaskScheduler scheduler;
+        std::optional<Seen> seen;
+        std::thread::id deliveredOn;
+        scheduler.detached(TaskPriority::UserInitiated, lookAround, [&](const Seen& result) {
+            seen = result;
+            deliveredOn = std::this_thread::get_id();
+        });
+        QVERIFY(!seen);
+        QTRY_VERIFY(seen);
+        QVERIFY(seen->thread != std::this_thread::get_id());
+        QVERIFY(deliveredOn == std::this_thread::get_id());
+    }
+
+    void backgroundWorkHasTheLowestPriorityAndOtherWorkItsOwn() {
+        const int ownNiceness = getpriority(PRIO_PROCESS, 0);
+        SystemTaskScheduler scheduler;
+        std::optional<Seen> background;
+        std::optional<Seen> userInitiated;
+        scheduler.detached(
+            TaskPriority::Background, lookAround, [&](const Seen& seen) { background = seen; });
+        scheduler.detached(
+            TaskPriority::UserInitiated, lookAround, [&](const Seen& seen) { userInitiated = seen; });
+        QTRY_VERIFY(background && userInitiated);
+        QCOMPARE(background->niceness, 19);
+        QCOMPARE(userInitiated->niceness, ownNiceness);
+    }
+
+    void aTaskCancelledBeforeItsDeliveryIsNotDelivered() {
+        SystemTaskScheduler scheduler;
+        std::latch done(1);
+        bool isDelivered = false;
+        const Task task = scheduler.detached(
+            TaskPriority::UserInitiated,
+            [&](const Task&) {
+                done.count_down();
+                return 1;
+            },
+            [&](int) { isDelivered = true; });
+        done.wait(); // the delivery needs this thread's event loop
+        task.cancel();
+        bool isLaterDelivered = false;
+        scheduler.detached(
+            TaskPriority::UserInitiated, [](const Task&) { return 2; },
+            [&](int) { isLaterDelivered = true; });
+        QTRY_VERIFY(isLaterDelivered);
+        QVERIFY(!isDelivered);
+    }
+
+    void workSeesThatItsTaskWasCancelled() {
+        SystemTaskScheduler scheduler;
+        std::latch started(1);
+        std::latch ended(1);
+        const auto untilCancelled = [&](const Task& task) {
+            started.count_down();
+            while (!task.isCancelled()) {
+                std::this_thread::yield();
+            }
+            ended.count_down();
+            return 0;
+        };
+        const Task task = scheduler.detached(TaskPriority::UserInitiated, untilCancelled, [](int) {});
+        started.wait();
+        task.cancel();
+        ended.wait();
+    }
+
+    void eachTaskHasAMarkOfItsOwn() {
+        const Task first;
+        const Task second;
+        const Task sameAsFirst = first;
+        first.cancel();
+        QVERIFY(sameAsFirst.isCancelled());
+        QVERIFY(!second.isCancelled());
+        QVERIFY(first == sameAsFirst);
+        QVERIFY(!(first == second));
+    }
+
+    void workThatIsStuckDoesNotHoldUpOtherWork() {
+        SystemTaskScheduler scheduler;
+        std::latch release(1);
+        for (int stuck = 0; stuck < 8; ++stuck) {
+            scheduler.detached(
+                TaskPriority::UserInitiated,
+                [&](const Task&) {
+                    release.wait();
+                    return 0;
+                },
+                [](int) {});
+        }
+        bool isDelivered = false;
+        scheduler.detached(
+            TaskPriority::UserInitiated, [](const Task&) { return 0; }, [&](int) { isDelivered = true; });
+        QTRY_VERIFY(isDelivered);
+        release.count_down();
+    }
+
+    void aSleepEndsAfterItsDurationAndNotBefore() {
+        SystemTaskScheduler scheduler;
+        QElapsedTimer timer;
+        timer.start();
+        qint64 slept = -1;
+        scheduler.sleep(20ms, [&] { slept = timer.nsecsElapsed(); });
+        QTRY_VERIFY(slept >= 0);
+        QVERIFY(slept >= 20'000'000);
+    }
+
+    void aCancelledSleepIsNotDelivered() {
+        SystemTaskScheduler scheduler;
+        bool isCancelledDelivered = false;
+        bool isOtherDelivered = false;
+        scheduler.sleep(1ms, [&] { isCancelledDelivered = true; }).cancel();
+        scheduler.sleep(2ms, [&] { isOtherDelivered = true; });
+        QTRY_VERIFY(isOtherDelivered);
+        QVERIFY(!isCancelledDelivered);
+    }
+
+    void theEndOfTheSchedulerCancelsAndDeliversNothing() {
+        std::latch started(1);
+        bool isDelivered = false;
+        Task running;
+        {
+            SystemTaskScheduler scheduler;
+            const auto untilCancelled = [&](const Task& task) {
+                started.count_down();
+                while (!task.isCancelled()) {
+                    std::this_thread::yield();
+                }
+                return 0;
+            };
+            running = scheduler.detached(
+                TaskPriority::Background, untilCancelled, [&](int) { isDelivered = true; });
+            started.wait();
+            scheduler.sleep(0ms, [&] { isDelivered = true; });
+        }
+        QVERIFY(running.isCancelled());
+        QCoreApplication::processEvents();
+        QVERIFY(!isDelivered);
+    }
+};
+
+QTEST_GUILESS_MAIN(SystemTaskSchedulerTest)
+#include "SystemTaskSchedulerTest.moc"
