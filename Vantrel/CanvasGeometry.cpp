@@ -1,0 +1,52 @@
+#include "Vantrel/CanvasGeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double fitTolerance = 0.001;
+
+double clampedOffset(double offset, double viewExtent, double shownExtent) {
+    if (shownExtent > viewExtent) {
+        return std::max(std::min(offset, 0.0), viewExtent - shownExtent);
+    }
+    return (viewExtent - shownExtent) * 0.5;
+}
+
+} // namespace
+
+double CanvasGeometry::fitScale() const {
+    return std::max(
+        std::min(viewSize.height() / imageSize.height(), viewSize.width() / imageSize.width()), minScale);
+}
+
+void CanvasGeometry::resetToFit() {
+    if (!isShowable()) {
+        return;
+    }
+    zoomScale = fitScale();
+    lastComputedFitScale = zoomScale;
+    imageOffset = {(viewSize.width() - imageSize.width() * zoomScale) * 0.5,
+        (viewSize.height() - imageSize.height() * zoomScale) * 0.5};
+}
+
+void CanvasGeometry::clamp() {
+    if (!isShowable()) {
+        return;
+    }
+    imageOffset = {clampedOffset(imageOffset.x(), viewSize.width(), imageSize.width() * zoomScale),
+        clampedOffset(imageOffset.y(), viewSize.height(), imageSize.height() * zoomScale)};
+}
+
+void CanvasGeometry::resizeView(QSizeF size) {
+    if (size == viewSize) {
+        return;
+    }
+    viewSize = size;
+    if (std::abs(zoomScale - lastComputedFitScale) < fitTolerance) {
+        resetToFit();
+    } else {
+        clamp();
+    }
+}

@@ -1,0 +1,104 @@
+import QtQuick
+import Vantrel
+
+// The one screen: the current photo on black with its verdict, the floating panels over it, and the two alerts.
+ReviewKeys {
+    id: root
+
+    property string resolutionInfo: ""
+    readonly property bool hasPhotos: root.viewModel.photoCount > 0
+    readonly property bool showsPhoto: root.hasPhotos && root.viewModel.hasCurrentImage
+
+    focus: true
+
+    Rectangle {
+        anchors.fill: parent
+        color: "black"
+    }
+
+    ZoomableImageView {
+        id: imageView
+
+        objectName: "imageView"
+        anchors.fill: parent
+        visible: root.showsPhoto
+        image: root.viewModel.currentImage
+        keepZoom: root.viewModel.isLockZoomFeatureEnabled && root.viewModel.keepZoom
+
+        StateOverlay {
+            objectName: "stateOverlay"
+            anchors.fill: parent
+            isApproved: root.viewModel.isCurrentApproved
+            isRejected: root.viewModel.isCurrentRejected
+        }
+    }
+    NoImagesMessage {
+        objectName: "noImagesMessage"
+        anchors.centerIn: parent
+        visible: !root.showsPhoto && root.viewModel.hasFolder
+    }
+    EmptyState {
+        objectName: "emptyState"
+        anchors.centerIn: parent
+        visible: !root.showsPhoto && !root.viewModel.hasFolder
+    }
+
+    Item {
+        anchors.fill: parent
+        anchors.leftMargin: 12
+        anchors.rightMargin: 12
+        anchors.topMargin: 8
+        anchors.bottomMargin: 8
+
+        FloatingLeftToolbar {
+            objectName: "floatingLeftToolbar"
+            anchors.left: parent.left
+            anchors.top: parent.top
+            viewModel: root.viewModel
+        }
+        FloatingRightToolbar {
+            objectName: "floatingRightToolbar"
+            anchors.right: parent.right
+            anchors.top: parent.top
+            viewModel: root.viewModel
+        }
+        FloatingStatusBar {
+            objectName: "floatingStatusBar"
+            anchors.left: parent.left
+            anchors.bottom: parent.bottom
+            visible: root.hasPhotos
+            viewModel: root.viewModel
+            resolutionInfo: root.resolutionInfo
+        }
+        FloatingMoveRejected {
+            objectName: "floatingMoveRejected"
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            visible: root.hasPhotos
+            viewModel: root.viewModel
+        }
+    }
+
+    Alert {
+        objectName: "rawSyncAlert"
+        visible: root.viewModel.showRawSyncAlert
+        title: "Sync RAW Files"
+        message: root.viewModel.rawSyncAlertMessage
+        destructiveText: root.viewModel.rawSyncAlertAsksToDelete ? "Delete" : ""
+        dismissText: root.viewModel.rawSyncAlertAsksToDelete ? "Cancel" : "OK"
+        onConfirmed: {
+            root.viewModel.deleteOrphanRawFiles();
+            root.viewModel.showRawSyncAlert = false;
+        }
+        onDismissed: root.viewModel.showRawSyncAlert = false
+        onClosed: root.forceActiveFocus()
+    }
+    Alert {
+        objectName: "errorAlert"
+        visible: root.viewModel.hasErrorMessage && !root.viewModel.showRawSyncAlert
+        title: "Error"
+        message: root.viewModel.errorText
+        onDismissed: root.viewModel.clearErrorMessage()
+        onClosed: root.forceActiveFocus()
+    }
+}

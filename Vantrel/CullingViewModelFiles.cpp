@@ -1,0 +1,159 @@
+// What changes the folder on disk: moving marked photos, and deleting RAW files whose photo is gone.
+#include "Platform/FileManager.h"
+#include "Platform/LocalizedStandardCompare.h"
+#include "Vantrel/CullingViewModel.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <unordered_set>
+
+using Platform::FileURL;
+using Platform::Image;
+namespace FileManager = Platform::FileManager;
+
+struct CullingViewModel::MoveKind {
+    ReviewState state;
+    std::string_view subfolder;
+    QString folderFailure; ///< before the description, where the subfolder cannot be made
+    QString photoFailures; ///< before the lines, where single photos cannot be moved
+};
+
+namespace {
+
+const QString deleteQuestion = QStringLiteral("Delete these files?");
+
+QString errorLine(const FileURL& item, const Platform::Error& error) {
+    return Platform::displayText(item.lastPathComponent()) + QStringLiteral(": ") + error.localizedDescription();
+}
+
+bool isRaw(const FileURL& entry) {
+    return Platform::isSameExtension(entry.pathExtension(), "arw");
+}
+
+/// The RAW files among the entries whose base name none of the photos has, in name order.
+std::vector<FileURL> orphansAmong(const std::vector<FileURL>& entries, const std::vector<PhotoItem>& photos) {
+    std::unordered_set<std::string> photoBaseNames;
+    for (const PhotoItem& photo : photos) {
+        photoBaseNames.insert(photo.url().baseName());
+    }
+    std::vector<FileURL> orphans;
+    std::vector<std::string> names;
+    for (const FileURL& entry : entries) {
+        if (isRaw(entry) && !photoBaseNames.contains(entry.baseName())) {
+            orphans.push_back(entry);
+            names.push_back(entry.lastPathComponent());
+        }
+    }
+    std::vector<FileURL> sorted;
+    sorted.reserve(orphans.size());
+    for (const std::size_t index : Platform::localizedStandardOrder(names)) {
+        sorted.push_back(orphans[index]);
+    }
+    return sorted;
+}
+
+QString alertMessage(const std::vector<FileURL>& orphans) {
+    if (orphans.empty()) {
+        return QStringLiteral("No orphan RAW files found. All .ARW files have a matching JPG.");
+    }
+    QStringList names;
+    for (const FileURL& orphan : orphans) {
+        names.append(Platform::displayText(orphan.lastPathComponent()));
+    }
+    return QStringLiteral("Found ") + QString::number(orphans.size()) +
+        QStringLiteral(" RAW file(s) without a matching JPG:\n\n") + names.join(u'\n') +
+        QStringLiteral("\n\n") + deleteQuestion;
+}
+
+} // namespace
+
+void CullingViewModel::moveApproved() {
+    movePhotos({ReviewState::approved, "approved", QStringLiteral("Failed to move approved photos: "),
+        QStringLiteral("Failed to move some approved photos:\n")});
+}
+
+void CullingViewModel::moveRejected() {
+    movePhotos({ReviewState::rejected, "rejected", QStringLiteral("Failed to move rejected photos: "),
+        QStringLiteral("Failed to move some rejected photos:\n")});
+}
+
+void CullingViewModel::movePhotos(const MoveKind& kind) {
+    if (m_folderURL.isEmpty()) {
+        return;
+    }
+    const FileURL targetFolder = m_folderURL.appendingPathComponent(kind.subfolder);
+    const auto access = accessToFolder();
+    if (const auto made = FileManager::createDirectory(targetFolder); !made) {
+        setErrorMessage(kind.folderFailure + made.error().localizedDescription());
+        return;
+    }
+    std::unordered_set<std::string> movedNames;
+    QStringList errorLines;
+    for (const PhotoItem& photo : m_photoItems) {
+        if (photo.state() != kind.state) {
+            continue;
+        }
+        const FileURL target = targetFolder.appendingPathComponent(photo.filename());
+        if (const auto moved = FileManager::moveItem(photo.url(), target)) {
+            movedNames.insert(photo.filename());
+        } else {
+            errorLines.append(errorLine(photo.url(), moved.error()));
+        }
+    }
+    std::erase_if(m_photoItems, [&](const PhotoItem& photo) { return movedNames.contains(photo.filename()); });
+    emit photoItemsChanged();
+    setUndoStack({});
+    m_imageCache.removeAll();
+    settleCurrentPhoto();
+    if (!errorLines.isEmpty()) {
+        setErrorMessage(kind.photoFailures + errorLines.join(u'\n'));
+    }
+}
+
+void CullingViewModel::settleCurrentPhoto() {
+    if (m_photoItems.empty()) {
+        setCurrentIndex(0);
+        setCurrentImage(Image());
+        return;
+    }
+    setCurrentIndex(std::min(m_currentIndex, photoCount() - 1));
+    navigateTo(m_currentIndex);
+    preloadAllSmallThumbnails();
+}
+
+bool CullingViewModel::rawSyncAlertAsksToDelete() const {
+    return m_rawSyncAlertMessage.contains(deleteQuestion);
+}
+
+void CullingViewModel::findOrphanRawFiles() {
+    if (m_folderURL.isEmpty()) {
+        return;
+    }
+    const auto access = accessToFolder();
+    const auto entries = FileManager::contentsOfDirectory(m_folderURL);
+    if (!entries) {
+        setErrorMessage(QStringLiteral("Failed to scan folder: ") + entries.error().localizedDescription());
+        return;
+    }
+    setOrphanRawURLs(orphansAmong(*entries, m_photoItems));
+    setRawSyncAlertMessage(alertMessage(m_orphanRawURLs));
+    setShowRawSyncAlert(true);
+}
+
+void CullingViewModel::deleteOrphanRawFiles() {
+    if (m_folderURL.isEmpty() || m_orphanRawURLs.empty()) {
+        return;
+    }
+    const auto access = accessToFolder();
+    QStringList errorLines;
+    for (const FileURL& orphan : m_orphanRawURLs) {
+        if (const auto removed = FileManager::removeItem(orphan); !removed) {
+            errorLines.append(errorLine(orphan, removed.error()));
+        }
+    }
+    setOrphanRawURLs({});
+    if (!errorLines.isEmpty()) {
+        setErrorMessage(QStringLiteral("Failed to delete some RAW files:\n") + errorLines.join(u'\n'));
+    }
+}

@@ -1,0 +1,120 @@
+// Opening, scanning and remembering folders.
+#include "Platform/Bookmark.h"
+#include "Platform/FileManager.h"
+#include "Platform/FolderAccess.h"
+#include "Platform/LocalizedStandardCompare.h"
+#include "Vantrel/CullingViewModel.h"
+#include "Vantrel/LoadThumbnail.h"
+
+using Platform::FileURL;
+using Platform::Image;
+
+namespace {
+
+const QString bookmarkKey = QStringLiteral("LastFolderBookmark");
+
+/// By name alone: nothing on the disk is asked, so a folder named like a photo counts as one.
+bool isPhoto(const FileURL& entry) {
+    const std::string extension = entry.pathExtension();
+    return Platform::isSameExtension(extension, "jpg") || Platform::isSameExtension(extension, "jpeg");
+}
+
+std::vector<PhotoItem> photosAmong(const std::vector<FileURL>& entries) {
+    std::vector<FileURL> photos;
+    std::vector<std::string> names;
+    for (const FileURL& entry : entries) {
+        if (isPhoto(entry)) {
+            photos.push_back(entry);
+            names.push_back(entry.lastPathComponent());
+        }
+    }
+    std::vector<PhotoItem> items;
+    items.reserve(photos.size());
+    for (const std::size_t index : Platform::localizedStandardOrder(names)) {
+        items.emplace_back(photos[index], ReviewState::unreviewed);
+    }
+    return items;
+}
+
+} // namespace
+
+std::unique_ptr<CullingViewModel::SecurityScopedResource>
+CullingViewModel::SecurityScopedResource::create(const FileURL& url) {
+    if (!Platform::startAccessingSecurityScopedResource(url)) {
+        return nullptr;
+    }
+    return std::unique_ptr<SecurityScopedResource>(new SecurityScopedResource(url));
+}
+
+CullingViewModel::SecurityScopedResource::~SecurityScopedResource() {
+    Platform::stopAccessingSecurityScopedResource(m_url);
+}
+
+std::unique_ptr<CullingViewModel::SecurityScopedResource> CullingViewModel::accessToFolder() const {
+    return SecurityScopedResource::create(
+        m_securityScopedResource ? m_securityScopedResource->url() : m_folderURL);
+}
+
+void CullingViewModel::openFolder() {
+    const auto folder = m_folderChooser(
+        QStringLiteral("Select a folder containing JPG images to review."), m_folderURL);
+    if (folder) {
+        loadFolder(*folder);
+    }
+}
+
+void CullingViewModel::loadFolder(const FileURL& url) {
+    m_securityScopedResource.reset();
+    m_securityScopedResource = SecurityScopedResource::create(url);
+    setFolderURL(url);
+    saveBookmark(url);
+    const auto entries = Platform::FileManager::contentsOfDirectory(url);
+    if (!entries) {
+        setErrorMessage(QStringLiteral("Failed to read folder contents."));
+        m_securityScopedResource.reset();
+        return;
+    }
+    setPhotoItems(photosAmong(*entries));
+    m_imageCache.removeAll();
+    m_smallThumbnails.removeAll();
+    setUndoStack({});
+    setCurrentIndex(0);
+    if (m_photoItems.empty()) {
+        cancel(m_preloadAllTask); // of the folder before: nothing is to be read from there any more
+        setCurrentImage(Image());
+        return;
+    }
+    const Image firstImage = loadThumbnail(m_photoItems.front().url(), largePixelSize);
+    setCurrentImage(firstImage);
+    m_imageCache.write(0, cacheEntry(firstImage));
+    preloadAllSmallThumbnails();
+}
+
+void CullingViewModel::saveBookmark(const FileURL& url) {
+    const auto bookmark = Platform::Bookmark::create(url);
+    if (!bookmark) {
+        return;
+    }
+    m_folderBookmark = *bookmark;
+    m_userDefaults.setData(bookmarkKey, *bookmark);
+}
+
+FileURL CullingViewModel::restoreBookmark() {
+    const auto bookmark = m_userDefaults.data(bookmarkKey);
+    if (!bookmark) {
+        return {};
+    }
+    const auto resolved = Platform::Bookmark::resolve(*bookmark);
+    if (!resolved) {
+        return {};
+    }
+    if (resolved->isStale) {
+        const auto fresh = Platform::Bookmark::create(resolved->url);
+        if (!fresh) {
+            return {};
+        }
+        m_userDefaults.setData(bookmarkKey, *fresh);
+    }
+    m_folderBookmark = *bookmark; // as it was read; loading the folder makes a fresh one
+    return resolved->url;
+}

@@ -1,0 +1,28 @@
+import QtQuick
+
+// A panel that floats over the picture around one row.
+Rectangle {
+    id: root
+
+    property int sideMargin: 14
+    readonly property int endMargin: 8
+    default property alias content: row.data
+
+    implicitWidth: row.implicitWidth + 2 * root.sideMargin
+    implicitHeight: row.implicitHeight + 2 * root.endMargin
+    radius: Style.panelRadius
+    color: Style.panelFill
+    border.color: Style.hairline
+    border.width: 1
+
+    // Clicks on the panel are not clicks on the photo behind it.
+    MouseArea {
+        anchors.fill: parent
+    }
+    Row {
+        id: row
+
+        anchors.centerIn: parent
+        spacing: Style.panelSpacing
+    }
+}

@@ -1,0 +1,35 @@
+import QtQuick
+import Vantrel
+
+// Names the current file and the resolution on screen.
+FloatingPanel {
+    id: root
+
+    required property CullingViewModel viewModel
+    required property string resolutionInfo
+
+    sideMargin: 16
+
+    Text {
+        anchors.verticalCenter: parent?.verticalCenter
+        width: 200
+        text: root.viewModel.currentPhotoTitle
+        textFormat: Text.PlainText
+        color: Style.primary
+        elide: Text.ElideMiddle
+        maximumLineCount: 1
+        font.family: Style.monospaced
+        font.pixelSize: Style.bodySize
+    }
+    PanelSeparator {
+        visible: root.resolutionInfo !== ""
+    }
+    Text {
+        anchors.verticalCenter: parent?.verticalCenter
+        visible: root.resolutionInfo !== ""
+        text: root.resolutionInfo
+        color: Style.secondary
+        font.family: Style.monospaced
+        font.pixelSize: Style.captionSize
+    }
+}

@@ -1,0 +1,25 @@
+import QtQuick
+
+// A symbol and a text beside it.
+Row {
+    id: root
+
+    required property string symbol
+    required property string text
+    property color color: Style.primary
+
+    spacing: 6
+
+    SymbolImage {
+        anchors.verticalCenter: parent.verticalCenter
+        symbol: root.symbol
+        size: 16
+    }
+    Text {
+        anchors.verticalCenter: parent.verticalCenter
+        text: root.text
+        textFormat: Text.PlainText
+        color: root.color
+        font.pixelSize: Style.bodySize
+    }
+}

@@ -1,0 +1,11 @@
+#include "Vantrel/VantrelApp.h"
+
+#include "Vantrel/MainWindow.h"
+
+VantrelApp::VantrelApp() {
+    setUpMainWindow(m_window, m_viewModel);
+}
+
+void VantrelApp::show() {
+    m_window.show();
+}
