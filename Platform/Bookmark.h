@@ -18,9 +18,9 @@ struct Resolved {
 /// Bookmark data of an existing folder.
 Result<QByteArray> create(const FileURL& folder);
 
-/// The folder that the data refers to: at its path; or, renamed in place, under its new name beside it (stale); or a
-/// folder at the path that is not the same one (stale). An error where there is neither, and for data that
-/// create() did not make.
+/// The folder that the data refers to: at its path; or, renamed in place, under its new name beside it
+/// (stale); or a folder at the path that is not the same one (stale). An error where there is neither, and
+/// for data that create() did not make.
 Result<Resolved> resolve(const QByteArray& data);
 
 } // namespace Bookmark

@@ -68,7 +68,7 @@ public:
 
     /// Moves the entry, which is on the same device, into the place.
     Result<void> put(const DirectoryEntry& entry) {
-        if (const auto kept = keep(); !kept) {
+        if (auto kept = keep(); !kept) {
             return kept;
         }
         int code = renameEntry(entry, m_place);

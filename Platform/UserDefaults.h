@@ -18,7 +18,8 @@ public:
     /// The bytes stored under the key, or nothing where there are none.
     std::optional<QByteArray> data(const QString& key) const;
 
-    /// Stores the bytes under the key, replacing any earlier ones, and writes them to the disk before it returns.
+    /// Stores the bytes under the key, replacing any earlier ones, and writes them to the disk before it
+    /// returns.
     void setData(const QString& key, const QByteArray& bytes);
 
 private:

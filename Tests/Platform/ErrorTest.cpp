@@ -26,7 +26,7 @@ private slots:
     void everyReasonIsASentenceOnOneLine() {
         for (int code = 1; code < 200; ++code) {
             const Error error = Error::ofSystemCall(QStringLiteral("“%1” could not be moved"), "a.jpg", code);
-            const QString text = error.localizedDescription();
+            const QString& text = error.localizedDescription();
             QVERIFY2(text.startsWith(QStringLiteral("“a.jpg” could not be moved: ")), qPrintable(text));
             QVERIFY2(text.endsWith(u'.') && !text.endsWith(QStringLiteral(": .")), qPrintable(text));
             QVERIFY(!text.contains(u'\n'));

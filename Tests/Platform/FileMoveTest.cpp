@@ -52,11 +52,15 @@ bool isDisturbed(const char* call) {
 }
 
 std::size_t allowedSize(std::size_t size) {
-    return current && current->shortTransfers ? std::min(size, std::size_t{20}) : size;
+    if (!current || !current->shortTransfers) {
+        return size;
+    }
+    return std::min(size, static_cast<std::size_t>(11 + current->calls % 3));
 }
 
 } // namespace
 
+// The linker prescribes the names. NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real_openat(int folder, const char* name, int flags, mode_t mode);
 ssize_t __real_read(int file, void* buffer, size_t size);
@@ -161,6 +165,7 @@ ssize_t __wrap_flistxattr(int file, char* names, size_t size) {
     return isDisturbed("flistxattr") ? -1 : __real_flistxattr(file, names, size);
 }
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 

@@ -144,6 +144,12 @@ private slots:
         }
     }
 
+    void longNamesCountToTheirEnd() {
+        const std::string start(240, 'x');
+        QCOMPARE(localizedStandardOrder({start + "c", start + "b", start + "a"}, common),
+            (std::vector<std::size_t>{2, 1, 0}));
+    }
+
     void noNamesHaveNoOrder() { QVERIFY(localizedStandardOrder({}, common).empty()); }
 
     void theLocaleOfNoLanguageHasTheCommonRules_data() {
