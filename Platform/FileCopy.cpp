@@ -103,7 +103,7 @@ bool isSameOnDisk(int source, int copy) {
 /// Whether a file system refused something that it, or the user's rights on it, have no room for: a memory
 /// card knows neither owners nor attributes, which must not keep a photo from being moved there.
 bool isBeyondFileSystem(int code) {
-    return code == EPERM || code == ENOTSUP;
+    return code == EPERM || code == ENOTSUP || code == EINVAL;
 }
 
 bool copyUserAttribute(int source, int copy, const char* name) {
@@ -142,7 +142,7 @@ bool copyMetadata(int source, const struct stat& status, int copy) {
     if (fchmod(copy, status.st_mode & 0777) != 0 && !isBeyondFileSystem(errno)) {
         return false;
     }
-    return futimens(copy, timesOf(status).data()) == 0;
+    return futimens(copy, timesOf(status).data()) == 0 || isBeyondFileSystem(errno);
 }
 
 /// The times come last, since reading the copy back changes them.

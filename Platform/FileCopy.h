@@ -11,8 +11,7 @@ namespace Platform {
 /// allowed. On failure nothing is left at the name. The name in the folder is not synced. Blocks; any thread.
 ///
 /// @param status  the source as it stood when the move began; one that is neither a file nor a link is an
-/// error.
-///                Whether it has changed since is for the caller to check, as late as possible
+///                error. Whether it has changed since is for the caller to check, as late as possible
 Result<void> copyEntry(const DirectoryEntry& source, const struct stat& status, const DirectoryEntry& copy);
 
 } // namespace Platform

@@ -4,7 +4,9 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QStandardPaths>
+#include <QWindow>
 
 namespace Platform {
 
@@ -19,11 +21,13 @@ QString usualFolder() {
 } // namespace
 
 std::optional<FileURL> runFolderChooser(const QString& message, const FileURL& start) {
-    QFileDialog chooser(nullptr, message, 
-        start.isEmpty() ? usualFolder() : QFile::decodeName(start.path().c_str()));
+    QFileDialog chooser(
+        nullptr, message, start.isEmpty() ? usualFolder() : QFile::decodeName(start.path().c_str()));
     chooser.setFileMode(QFileDialog::Directory);
     chooser.setOption(QFileDialog::ShowDirsOnly);
     chooser.setLabelText(QFileDialog::Accept, QStringLiteral("Open"));
+    chooser.winId(); // makes its window, so that it can be tied to ours and does not fall behind it
+    chooser.windowHandle()->setTransientParent(QGuiApplication::focusWindow());
     if (chooser.exec() != QDialog::Accepted || chooser.selectedFiles().isEmpty()) {
         return std::nullopt;
     }

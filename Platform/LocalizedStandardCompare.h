@@ -12,8 +12,7 @@ namespace Platform {
 ///
 /// @param posixLocale  as setlocale() names it, such as "de_DE.UTF-8"
 /// @return the name of a locale for the functions below: "" (the rules common to all languages) for "C" and
-/// "POSIX",
-///         where there is no language and the plain order of bytes would be no order of names
+///         "POSIX", where there is no language and the plain order of bytes would be no order of names
 std::string collationLocale(std::string_view posixLocale);
 
 /// The same for the locale of this process.

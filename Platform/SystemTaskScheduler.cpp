@@ -8,7 +8,7 @@ namespace {
 
 // A cancelled decode makes room at once, so a few threads would do; the rest are for reads that a dead network or a
 // dying disk does not return from, which must not hold up the photos elsewhere.
-constexpr int maximumThreads = 32;
+constexpr int maximumThreads = 256;
 
 constexpr int ownNiceness = 0;
 constexpr int lowestNiceness = 19;

@@ -9,7 +9,8 @@ namespace Platform {
 
 /// Runs work on threads of its own: user-initiated work on threads of normal priority, background work on threads of
 /// the lowest. Sleeps by the real clock. Made and destroyed on the main thread, whose event loop must run for
-/// deliveries; the destructor cancels what is under way and waits for it.
+/// deliveries. The destructor cancels what is under way and waits for it, but not for work that is stuck in the operating
+/// system: that finds its task cancelled and touches nothing when it comes back.
 class SystemTaskScheduler final : public TaskScheduler {
 public:
     SystemTaskScheduler();

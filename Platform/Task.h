@@ -29,8 +29,8 @@ private:
 /// Where background work and sleeps go. Work leaves the main thread as a value and comes back as a value; it is
 /// delivered on the main thread, and only where its task has not been cancelled by then.
 ///
-/// detached() and sleep() are called on the main thread. Their closures run later, so they hold no owner that may be
-/// gone by then, but a weak reference to it.
+/// detached() and sleep() are called on the main thread. What they deliver to must still be there then: an owner that
+/// may go cancels its tasks first.
 class TaskScheduler {
 public:
     TaskScheduler() = default;
@@ -47,7 +47,11 @@ public:
             if (task.isCancelled()) {
                 return;
             }
-            runOnMain([task, deliver, result = work(task)] {
+            auto result = work(task);
+            if (task.isCancelled()) {
+                return; // by now the scheduler itself may be gone
+            }
+            runOnMain([task, deliver, result = std::move(result)] {
                 if (!task.isCancelled()) {
                     deliver(result);
                 }

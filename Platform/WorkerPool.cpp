@@ -3,56 +3,93 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <list>
+#include <mutex>
+#include <thread>
+
 namespace Platform {
 
+namespace {
+
+constexpr std::chrono::seconds patienceAtTheEnd{1};
+
+struct Job {
+    Task task;
+    std::function<void()> work;
+};
+
+} // namespace
+
+struct WorkerPool::State {
+    State(int threadLimit, int threadNiceness) : maximumThreads(threadLimit), niceness(threadNiceness) {}
+
+    const int maximumThreads;
+    const int niceness;
+    std::mutex mutex; // guards all below
+    std::condition_variable hasWork;
+    std::condition_variable hasEnded;
+    std::deque<Job> waiting;
+    std::list<Task> running;
+    int threads = 0;
+    int idleThreads = 0;
+    bool isEnding = false;
+};
+
+WorkerPool::WorkerPool(int maximumThreads, int niceness)
+    : m_state(std::make_shared<State>(maximumThreads, niceness)) {}
+
 WorkerPool::~WorkerPool() {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_isEnding = true;
-        m_waiting.clear();
-        for (const Task& task : m_running) {
-            task.cancel();
-        }
+    std::deque<Job> dropped; // released outside the lock
+    std::unique_lock lock(m_state->mutex);
+    m_state->isEnding = true;
+    dropped.swap(m_state->waiting);
+    for (const Task& task : m_state->running) {
+        task.cancel();
     }
-    m_hasWork.notify_all();
-    for (std::thread& thread : m_threads) {
-        thread.join();
-    }
+    m_state->hasWork.notify_all();
+    m_state->hasEnded.wait_for(lock, patienceAtTheEnd, [this] { return m_state->threads == 0; });
 }
 
 void WorkerPool::run(const Task& task, std::function<void()> work) {
     {
-        const std::lock_guard lock(m_mutex);
-        m_waiting.push_back({task, std::move(work)});
-        if (m_waiting.size() > m_idleThreads && m_threads.size() < static_cast<std::size_t>(m_maximumThreads)) {
-            m_threads.emplace_back(&WorkerPool::serve, this);
+        const std::lock_guard lock(m_state->mutex);
+        m_state->waiting.push_back({task, std::move(work)});
+        if (std::ssize(m_state->waiting) > m_state->idleThreads &&
+            m_state->threads < m_state->maximumThreads) {
+            std::thread(&WorkerPool::serve, m_state).detach();
+            ++m_state->threads;
         }
     }
-    m_hasWork.notify_one();
+    m_state->hasWork.notify_one();
 }
 
-void WorkerPool::serve() {
-    if (m_niceness != 0) {
+void WorkerPool::serve(const std::shared_ptr<State>& state) {
+    if (state->niceness != 0) {
         // On Linux a thread has a niceness of its own; lowering its priority is always allowed.
-        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), m_niceness);
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), state->niceness);
     }
-    std::unique_lock lock(m_mutex);
+    std::unique_lock lock(state->mutex);
     while (true) {
-        ++m_idleThreads;
-        m_hasWork.wait(lock, [this] { return m_isEnding || !m_waiting.empty(); });
-        --m_idleThreads;
-        if (m_isEnding) {
-            return;
+        ++state->idleThreads;
+        state->hasWork.wait(lock, [&] { return state->isEnding || !state->waiting.empty(); });
+        --state->idleThreads;
+        if (state->isEnding) {
+            break;
         }
-        Job job = std::move(m_waiting.front());
-        m_waiting.pop_front();
-        const auto running = m_running.insert(m_running.end(), job.task);
+        Job job = std::move(state->waiting.front());
+        state->waiting.pop_front();
+        const auto running = state->running.insert(state->running.end(), job.task);
         lock.unlock();
         job.work();
         job.work = nullptr; // what it holds is released outside the lock
         lock.lock();
-        m_running.erase(running);
+        state->running.erase(running);
     }
+    --state->threads;
+    state->hasEnded.notify_all();
 }
 
 } // namespace Platform

@@ -2,13 +2,8 @@
 
 #include "Platform/Task.h"
 
-#include <condition_variable>
-#include <deque>
 #include <functional>
-#include <list>
-#include <mutex>
-#include <thread>
-#include <vector>
+#include <memory>
 
 namespace Platform {
 
@@ -16,33 +11,23 @@ namespace Platform {
 class WorkerPool {
 public:
     /// @param niceness  the threads' priority for the operating system: 19 is the lowest, 0 the process's own
-    WorkerPool(int maximumThreads, int niceness) : m_maximumThreads(maximumThreads), m_niceness(niceness) {}
+    WorkerPool(int maximumThreads, int niceness);
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
-    /// Cancels the tasks of the work that runs, drops the work that waits, and returns when all threads have ended.
+    /// Cancels the tasks of the work that runs, drops the work that waits, and gives what runs a second to end.
+    /// What does not, stuck on a disk that does not answer, is left behind and must then look at its task only.
     ~WorkerPool();
 
     /// Runs the work once. Any thread.
     void run(const Task& task, std::function<void()> work);
 
 private:
-    struct Job {
-        Task task;
-        std::function<void()> work;
-    };
+    struct State;
 
-    void serve();
+    static void serve(const std::shared_ptr<State>& state);
 
-    const int m_maximumThreads;
-    const int m_niceness;
-    std::mutex m_mutex; // guards all below
-    std::condition_variable m_hasWork;
-    std::deque<Job> m_waiting;
-    std::list<Task> m_running;
-    std::vector<std::thread> m_threads;
-    std::size_t m_idleThreads = 0;
-    bool m_isEnding = false;
+    const std::shared_ptr<State> m_state; // shared with the threads, which may outlive the pool
 };
 
 } // namespace Platform

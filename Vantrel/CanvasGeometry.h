@@ -9,7 +9,6 @@
 /// image units, is shown at imageOffset + p x zoomScale.
 struct CanvasGeometry {
     static constexpr double minScale = 0.02;
-    static constexpr double maxScale = 10.0;
 
     QSizeF viewSize{0, 0};  ///< points
     QSizeF imageSize{0, 0}; ///< image units; empty where there is no image

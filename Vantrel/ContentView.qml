@@ -6,6 +6,7 @@ ReviewKeys {
     id: root
 
     property string resolutionInfo: ""
+    readonly property real leastGap: 8
     readonly property bool hasPhotos: root.viewModel.photoCount > 0
     readonly property bool showsPhoto: root.hasPhotos && root.viewModel.hasCurrentImage
 
@@ -55,8 +56,11 @@ ReviewKeys {
             anchors.left: parent.left
             anchors.top: parent.top
             viewModel: root.viewModel
+            maximumWidth: parent.width - rightToolbar.width - root.leastGap
         }
         FloatingRightToolbar {
+            id: rightToolbar
+
             objectName: "floatingRightToolbar"
             anchors.right: parent.right
             anchors.top: parent.top
@@ -66,11 +70,15 @@ ReviewKeys {
             objectName: "floatingStatusBar"
             anchors.left: parent.left
             anchors.bottom: parent.bottom
+            // Above the move panel where the window is too narrow for both side by side.
+            anchors.bottomMargin: width + root.leastGap + movePanel.width <= parent.width ? 0 : movePanel.height + root.leastGap
             visible: root.hasPhotos
             viewModel: root.viewModel
             resolutionInfo: root.resolutionInfo
         }
         FloatingMoveRejected {
+            id: movePanel
+
             objectName: "floatingMoveRejected"
             anchors.right: parent.right
             anchors.bottom: parent.bottom

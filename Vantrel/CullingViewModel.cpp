@@ -6,8 +6,10 @@ using Platform::FileURL;
 using Platform::Image;
 
 CullingViewModel::CullingViewModel(Surroundings surroundings, FeatureFlags features)
-    : m_scheduler(surroundings.scheduler), m_userDefaults(surroundings.userDefaults),
-      m_folderChooser(std::move(surroundings.folderChooser)), m_features(features) {
+    : m_scheduler(surroundings.scheduler),
+      m_userDefaults(surroundings.userDefaults),
+      m_folderChooser(std::move(surroundings.folderChooser)),
+      m_features(features) {
     connect(this, &CullingViewModel::currentIndexChanged, this, &CullingViewModel::currentPhotoChanged);
     connect(this, &CullingViewModel::photoItemsChanged, this, &CullingViewModel::currentPhotoChanged);
     if (const FileURL lastFolder = restoreBookmark(); !lastFolder.isEmpty()) {
@@ -39,7 +41,7 @@ void CullingViewModel::assign(Value& field, const Value& value, void (CullingVie
         return;
     }
     field = value;
-    emit (this->*changed)();
+    emit(this->*changed)();
 }
 
 void CullingViewModel::setCurrentImage(const Image& image) {

@@ -11,7 +11,6 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
-
 #include <qqmlregistration.h>
 
 #include <memory>
@@ -40,12 +39,11 @@ class CullingViewModel : public QObject {
     Q_PROPERTY(bool showRawSyncAlert READ showRawSyncAlert WRITE setShowRawSyncAlert NOTIFY
             showRawSyncAlertChanged FINAL)
     Q_PROPERTY(QString rawSyncAlertMessage READ rawSyncAlertMessage NOTIFY rawSyncAlertMessageChanged FINAL)
-    Q_PROPERTY(bool rawSyncAlertAsksToDelete READ rawSyncAlertAsksToDelete NOTIFY
-            rawSyncAlertMessageChanged FINAL)
+    Q_PROPERTY(
+        bool rawSyncAlertAsksToDelete READ rawSyncAlertAsksToDelete NOTIFY rawSyncAlertMessageChanged FINAL)
     Q_PROPERTY(bool keepZoom READ keepZoom WRITE setKeepZoom NOTIFY keepZoomChanged FINAL)
     Q_PROPERTY(bool isLockZoomFeatureEnabled READ isLockZoomFeatureEnabled CONSTANT FINAL)
     Q_PROPERTY(bool isSyncRawFeatureEnabled READ isSyncRawFeatureEnabled CONSTANT FINAL)
-    Q_PROPERTY(Platform::FileURL currentURL READ currentURL NOTIFY currentPhotoChanged FINAL)
     Q_PROPERTY(QString currentPhotoTitle READ currentPhotoTitle NOTIFY currentPhotoChanged FINAL)
     Q_PROPERTY(bool isCurrentApproved READ isCurrentApproved NOTIFY currentPhotoChanged FINAL)
     Q_PROPERTY(bool isCurrentRejected READ isCurrentRejected NOTIFY currentPhotoChanged FINAL)
@@ -110,10 +108,10 @@ public:
     bool isSyncRawFeatureEnabled() const { return m_features.isSyncRawFeatureEnabled; }
 
     // The current photo; the values for none where the position is out of range.
-    Platform::FileURL currentURL() const;     ///< or empty
-    std::string currentPhotoName() const;     ///< file name in bytes, or ""
+    Platform::FileURL currentURL() const; ///< or empty
+    std::string currentPhotoName() const; ///< file name in bytes, or ""
     QString currentPhotoTitle() const { return Platform::displayText(currentPhotoName()); }
-    ReviewState currentState() const;         ///< or unreviewed
+    ReviewState currentState() const; ///< or unreviewed
     bool isCurrentApproved() const { return currentState() == ReviewState::approved; }
     bool isCurrentRejected() const { return currentState() == ReviewState::rejected; }
 
@@ -158,7 +156,8 @@ signals:
     void keepZoomChanged();
     void orphanRawURLsChanged();
     void undoStackChanged();
-    void currentPhotoChanged(); ///< the position or the list changed, so another photo or state may be current
+    void
+    currentPhotoChanged(); ///< the position or the list changed, so another photo or state may be current
 
 protected:
     /// Access to a folder, held from creation to release.

@@ -24,7 +24,8 @@ namespace {
 const QString deleteQuestion = QStringLiteral("Delete these files?");
 
 QString errorLine(const FileURL& item, const Platform::Error& error) {
-    return Platform::displayText(item.lastPathComponent()) + QStringLiteral(": ") + error.localizedDescription();
+    return Platform::displayText(item.lastPathComponent()) + QStringLiteral(": ") +
+           error.localizedDescription();
 }
 
 bool isRaw(const FileURL& entry) {
@@ -62,8 +63,8 @@ QString alertMessage(const std::vector<FileURL>& orphans) {
         names.append(Platform::displayText(orphan.lastPathComponent()));
     }
     return QStringLiteral("Found ") + QString::number(orphans.size()) +
-        QStringLiteral(" RAW file(s) without a matching JPG:\n\n") + names.join(u'\n') +
-        QStringLiteral("\n\n") + deleteQuestion;
+           QStringLiteral(" RAW file(s) without a matching JPG:\n\n") + names.join(u'\n') +
+           QStringLiteral("\n\n") + deleteQuestion;
 }
 
 } // namespace
@@ -101,7 +102,8 @@ void CullingViewModel::movePhotos(const MoveKind& kind) {
             errorLines.append(errorLine(photo.url(), moved.error()));
         }
     }
-    std::erase_if(m_photoItems, [&](const PhotoItem& photo) { return movedNames.contains(photo.filename()); });
+    std::erase_if(
+        m_photoItems, [&](const PhotoItem& photo) { return movedNames.contains(photo.filename()); });
     emit photoItemsChanged();
     setUndoStack({});
     m_imageCache.removeAll();

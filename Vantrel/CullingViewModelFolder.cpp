@@ -38,8 +38,8 @@ std::vector<PhotoItem> photosAmong(const std::vector<FileURL>& entries) {
 
 } // namespace
 
-std::unique_ptr<CullingViewModel::SecurityScopedResource>
-CullingViewModel::SecurityScopedResource::create(const FileURL& url) {
+std::unique_ptr<CullingViewModel::SecurityScopedResource> CullingViewModel::SecurityScopedResource::create(
+    const FileURL& url) {
     if (!Platform::startAccessingSecurityScopedResource(url)) {
         return nullptr;
     }
@@ -56,8 +56,8 @@ std::unique_ptr<CullingViewModel::SecurityScopedResource> CullingViewModel::acce
 }
 
 void CullingViewModel::openFolder() {
-    const auto folder = m_folderChooser(
-        QStringLiteral("Select a folder containing JPG images to review."), m_folderURL);
+    const auto folder =
+        m_folderChooser(QStringLiteral("Select a folder containing JPG images to review."), m_folderURL);
     if (folder) {
         loadFolder(*folder);
     }

@@ -71,7 +71,8 @@ void CullingViewModel::loadCurrentImage(int index, int maxPixelSize, ImageCache&
             cache.write(index, cacheEntry(image));
         }
     };
-    m_currentLoadTask = m_scheduler.detached(TaskPriority::UserInitiated, decoding(url, maxPixelSize), deliver);
+    m_currentLoadTask =
+        m_scheduler.detached(TaskPriority::UserInitiated, decoding(url, maxPixelSize), deliver);
 }
 
 void CullingViewModel::preloadAllSmallThumbnails() {

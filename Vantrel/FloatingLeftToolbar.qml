@@ -6,8 +6,12 @@ FloatingPanel {
     id: root
 
     required property CullingViewModel viewModel
+    // Widest that the panel may be; the folder's name is shortened to it.
+    required property real maximumWidth
 
     CommandButton {
+        id: openButton
+
         anchors.verticalCenter: parent?.verticalCenter
         text: "Open Folder"
         symbol: "folder"
@@ -17,7 +21,7 @@ FloatingPanel {
     Text {
         anchors.verticalCenter: parent?.verticalCenter
         visible: root.viewModel.hasFolder
-        width: Math.min(implicitWidth, 320)
+        width: Math.min(implicitWidth, root.maximumWidth - openButton.width - root.spacing - 2 * root.sideMargin)
         text: root.viewModel.folderName
         textFormat: Text.PlainText
         color: Style.secondary

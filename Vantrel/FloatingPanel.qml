@@ -6,6 +6,7 @@ Rectangle {
 
     property int sideMargin: 14
     readonly property int endMargin: 8
+    readonly property alias spacing: row.spacing
     default property alias content: row.data
 
     implicitWidth: row.implicitWidth + 2 * root.sideMargin

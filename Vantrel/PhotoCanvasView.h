@@ -14,8 +14,6 @@ class PhotoCanvasView : public QQuickItem {
 public:
     explicit PhotoCanvasView(QQuickItem* parent = nullptr);
 
-    const CanvasGeometry& geometry() const { return m_geometry; }
-
     /// Whether the next photos keep zoom and position instead of being fitted.
     void setKeepZoom(bool keepZoom) { m_keepZoom = keepZoom; }
 

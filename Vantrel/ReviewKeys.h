@@ -3,10 +3,7 @@
 #include "Vantrel/CullingViewModel.h"
 
 #include <QQuickItem>
-
 #include <qqmlregistration.h>
-
-#include <optional>
 
 class QKeyEvent;
 
@@ -16,7 +13,8 @@ class ReviewKeys : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
 
-    Q_PROPERTY(CullingViewModel* viewModel READ viewModel WRITE setViewModel NOTIFY viewModelChanged REQUIRED FINAL)
+    Q_PROPERTY(
+        CullingViewModel* viewModel READ viewModel WRITE setViewModel NOTIFY viewModelChanged REQUIRED FINAL)
 
 public:
     using QQuickItem::QQuickItem;

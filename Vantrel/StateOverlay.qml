@@ -26,6 +26,6 @@ Item {
         rotation: root.isApproved ? -15 : 15
         color: Qt.alpha(root.stampColor, 0.5)
         font.pixelSize: 48
-        font.weight: Font.Black
+        font.weight: Font.ExtraBold
     }
 }

@@ -17,8 +17,8 @@ QtObject {
     readonly property color focusRing: "#0a84ff"
 
     readonly property int titleSize: 20
-    readonly property int bodySize: 14
-    readonly property int captionSize: 12
+    readonly property int bodySize: 13
+    readonly property int captionSize: 11
     readonly property string monospaced: "monospace"
 
     readonly property int panelSpacing: 12

@@ -9,7 +9,7 @@ T.Button {
 
     implicitWidth: contentItem.implicitWidth
     implicitHeight: contentItem.implicitHeight
-    focusPolicy: Qt.TabFocus
+    focusPolicy: Qt.NoFocus
     text: "Zoom Locked"
 
     contentItem: Row {
@@ -40,15 +40,6 @@ T.Button {
             color: Style.primary
             font.pixelSize: Style.bodySize
         }
-    }
-    background: Rectangle {
-        anchors.fill: parent
-        anchors.margins: -4
-        visible: root.visualFocus
-        color: "transparent"
-        radius: Style.buttonRadius
-        border.width: 2
-        border.color: Style.focusRing
     }
 
     Shortcut {

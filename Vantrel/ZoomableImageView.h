@@ -3,7 +3,6 @@
 #include "Platform/Image.h"
 
 #include <QQuickItem>
-
 #include <qqmlregistration.h>
 
 class PhotoCanvasView;
@@ -27,8 +26,6 @@ public:
     /// Whether zoom and position stay when the photo changes.
     bool keepZoom() const { return m_keepZoom; }
     void setKeepZoom(bool keepZoom);
-
-    const PhotoCanvasView& canvas() const { return *m_canvas; }
 
 signals:
     void imageChanged();

@@ -20,10 +20,9 @@ public:
     };
 
     /// @param iccProfile  of the photo; ignored where it is empty, damaged or of another kind of pixel.
-    /// Perceptual
-    ///                    intent.
+    ///                    Perceptual intent.
     /// @param isAdobeRgb  whether pixels without a profile are Adobe RGB (1998) and not sRGB; for Pixels::Rgb
-    /// only
+    ///                    only
     ColorTransform(Pixels pixels, const QByteArray& iccProfile, bool isAdobeRgb = false);
 
     /// Replaces pixels by their blue, green and red in sRGB and 255.

@@ -11,14 +11,12 @@ namespace Platform {
 /// from an embedded preview.
 ///
 /// @param maxPixelSize  the longer side of the result in pixels, exactly, where the photo's is longer; 0: no
-/// bound.
-///                      A photo is never enlarged.
+///                      bound. A photo is never enlarged.
 /// @param task          looked at while decoding; once it is cancelled the decode ends within 10 ms with an
-/// error
-///                      that nobody needs to read.
+///                      error that nobody needs to read.
 /// @return the picture, its size in points its size in pixels; a damaged file gives what can be decoded of
-/// it; an
-///         error where nothing can.
+///         it; an error where nothing can.
+///
 /// Blocking. Any thread; it holds no state.
 Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task = {});
 

@@ -12,7 +12,7 @@ namespace Platform {
 
 namespace {
 
-constexpr std::size_t bufferSize = 64 * 1024;
+constexpr std::size_t bufferSize = std::size_t{64} * 1024;
 
 // The coefficients of a progressive picture are all in memory at once.
 constexpr long maximumCoefficientBytes = 2L << 30;

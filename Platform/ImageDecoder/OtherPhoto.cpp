@@ -5,6 +5,7 @@
 #include <QColorSpace>
 #include <QIODevice>
 #include <QImageReader>
+#include <QPainter>
 
 #include <algorithm>
 #include <array>
@@ -78,11 +79,14 @@ bool isWanted(const QByteArray& format) {
 
 /// In QImage::Format_RGB32, transparent parts over black.
 QImage opaque(QImage image) {
-    if (!image.hasAlphaChannel()) {
-        return std::move(image).convertToFormat(QImage::Format_RGB32);
+    if (image.hasAlphaChannel()) {
+        image.convertTo(QImage::Format_ARGB32_Premultiplied);
+        QPainter painter(&image);
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
+        painter.fillRect(image.rect(), Qt::black);
     }
-    image = std::move(image).convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    return std::move(image).convertToFormat(QImage::Format_RGB32);
+    image.convertTo(QImage::Format_RGB32);
+    return image;
 }
 
 } // namespace

@@ -12,8 +12,7 @@ namespace Platform {
 /// of an animation. Transparent parts are shown over black.
 ///
 /// @return the picture as decodeImage() gives it; null where it cannot be read or the task was cancelled; an
-/// error
-///         for too large a picture or too little memory
+///         error for too large a picture or too little memory
 Result<QImage> decodeOther(ReadOnlyFile& file, int maxPixelSize, const Task& task);
 
 } // namespace Platform

@@ -36,8 +36,7 @@ struct StoredPicture {
 ///
 /// @param name  of the file, in bytes
 /// @return the picture in QImage::Format_RGB32, black where rows are missing; null where none came at all or
-/// the task
-///         was cancelled; an error where there is too little memory
+///         the task was cancelled; an error where there is too little memory
 Result<QImage> render(const StoredPicture& picture, QSize size, const ColorTransform& colors,
     const std::string& name, const Task& task);
 

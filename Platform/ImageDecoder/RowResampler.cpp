@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 
 namespace Platform {
 
@@ -28,23 +29,10 @@ Pixel load(const float* values) {
     return pixel;
 }
 
+/// To the nearest whole number that a byte holds.
 void round(const float* __restrict values, uchar* __restrict bytes, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         bytes[i] = static_cast<uchar>(static_cast<int>(std::min(std::max(values[i] + 0.5F, 0.0F), 255.0F)));
-    }
-}
-
-template <int fixed>
-void sumPixels(const std::vector<int>& firsts, const float* weight, const float* column, float* reduced, int t) {
-    const int taps = fixed ? fixed : t;
-    for (const int first : firsts) {
-        const float* pixels = column + static_cast<std::size_t>(first) * bytesPerPixel;
-        Pixel sum{};
-        for (int tap = 0; tap < taps; ++tap, ++weight, pixels += bytesPerPixel) {
-            sum += *weight * load(pixels);
-        }
-        std::memcpy(reduced, &sum, sizeof sum);
-        reduced += bytesPerPixel;
     }
 }
 
@@ -56,19 +44,18 @@ RowResampler::Filter::Filter(int length, double extent, int reducedLength)
     const double radius = kernelRadius * ratio;
     taps = std::min(static_cast<int>(std::ceil(2 * radius)), length);
     weights.resize(static_cast<std::size_t>(reducedLength) * static_cast<std::size_t>(taps));
+    std::vector<double> values(static_cast<std::size_t>(taps));
     auto weight = weights.begin();
     for (int i = 0; i < reducedLength; ++i) {
         const double center = (i + 0.5) * ratio - 0.5;
-        first[static_cast<std::size_t>(i)] =
-            std::clamp(static_cast<int>(std::floor(center - radius)) + 1, 0, length - taps);
-        double sum = 0;
-        for (int tap = 0; tap < taps; ++tap) {
-            sum += kernel((first[static_cast<std::size_t>(i)] + tap - center) / ratio);
-        }
-        for (int tap = 0; tap < taps; ++tap) {
-            *weight++ =
-                static_cast<float>(kernel((first[static_cast<std::size_t>(i)] + tap - center) / ratio) / sum);
-        }
+        int& start = first[static_cast<std::size_t>(i)];
+        start = std::clamp(static_cast<int>(std::floor(center - radius)) + 1, 0, length - taps);
+        std::ranges::generate(
+            values, [&, tap = start]() mutable { return kernel((tap++ - center) / ratio); });
+        const double sum = std::accumulate(values.begin(), values.end(), 0.0);
+        weight = std::ranges::transform(values, weight, [sum](double value) {
+            return static_cast<float>(value / sum);
+        }).out;
     }
 }
 
@@ -126,12 +113,17 @@ void RowResampler::filterColumns(int reducedRow) {
 }
 
 void RowResampler::filterRow(uchar* row) {
-    switch (m_across.taps) {
-    case 4: sumPixels<4>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), 4); break;
-    case 5: sumPixels<5>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), 5); break;
-    case 6: sumPixels<6>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), 6); break;
-    case 7: sumPixels<7>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), 7); break;
-    default: sumPixels<0>(m_across.first, m_across.weights.data(), m_column.data(), m_reduced.data(), m_across.taps); break;
+    const auto taps = static_cast<std::size_t>(m_across.taps);
+    const float* weight = m_across.weights.data();
+    float* reduced = m_reduced.data();
+    for (const int first : m_across.first) {
+        const float* pixels = m_column.data() + static_cast<std::size_t>(first) * bytesPerPixel;
+        Pixel sum{};
+        for (std::size_t tap = 0; tap < taps; ++tap, ++weight, pixels += bytesPerPixel) {
+            sum += *weight * load(pixels);
+        }
+        std::memcpy(reduced, &sum, sizeof sum);
+        reduced += bytesPerPixel;
     }
     round(m_reduced.data(), row, m_reduced.size());
 }

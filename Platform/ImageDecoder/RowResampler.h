@@ -17,8 +17,7 @@ public:
     /// @param source   rows of the picture; it outlives this object
     /// @param size     its size in pixels
     /// @param extent   the part of it, from the top left, that is the picture proper; at most a fraction of a
-    /// pixel
-    ///                 less than size where scaling while decoding left a part of a pixel at the edges
+    ///                 pixel less than size where scaling while decoding left a part of a pixel at the edges
     /// @param reduced  the size to reduce to, in neither direction more than size
     RowResampler(RowSource& source, QSize size, QSizeF extent, QSize reduced);
 

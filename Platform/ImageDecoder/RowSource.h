@@ -25,8 +25,7 @@ public:
     /// @param rows          where the first of them goes
     /// @param bytesPerLine  distance from the start of one row to that of the next; may be negative
     /// @return how many were written: less than count where there are no more, none can be decoded any more,
-    /// or the
-    ///         decode was cancelled
+    ///         or the decode was cancelled
     virtual int readRows(uchar* rows, qsizetype bytesPerLine, int count) = 0;
 };
 

@@ -39,11 +39,10 @@ private:
 
     const QSize m_size;
     QImage m_image;
-    quint32* m_origin;      // where the stored picture's first pixel is in the upright one
-    qsizetype m_stepAcross; // from there to the next in its row, in pixels
-    qsizetype m_stepDown;   // and to the first of its next row
-    std::vector<quint32>
-        m_rows; // a band that has still to be turned; empty where rows go straight into the picture
+    quint32* m_origin = nullptr; // where the stored picture's first pixel is in the upright one
+    qsizetype m_stepAcross = 0;  // from there to the next in its row, in pixels
+    qsizetype m_stepDown = 0;    // and to the first of its next row
+    std::vector<quint32> m_rows; // a band still to be turned; empty where rows go straight into the picture
     int m_firstRow = 0;
 };
 

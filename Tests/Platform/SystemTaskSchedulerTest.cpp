@@ -149,6 +149,28 @@ private slots:
         QVERIFY(!isCancelledDelivered);
     }
 
+    void workThatIsStuckDoesNotKeepTheSchedulerFromEnding() {
+        std::latch started(1);
+        std::latch release(1);
+        std::latch ended(1);
+        bool isDelivered = false;
+        {
+            SystemTaskScheduler scheduler;
+            const auto stuck = [&](const Task&) {
+                started.count_down();
+                release.wait();
+                ended.count_down();
+                return 0;
+            };
+            scheduler.detached(TaskPriority::UserInitiated, stuck, [&](int) { isDelivered = true; });
+            started.wait();
+        } // comes to an end although the work does not
+        release.count_down();
+        ended.wait();
+        QCoreApplication::processEvents();
+        QVERIFY(!isDelivered);
+    }
+
     void theEndOfTheSchedulerCancelsAndDeliversNothing() {
         std::latch started(1);
         bool isDelivered = false;

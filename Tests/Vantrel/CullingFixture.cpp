@@ -56,7 +56,8 @@ bool shows(const Image& image, const QColor& color) {
     }
     const QColor seen = image.pixels().pixelColor(image.pixels().rect().center());
     const auto near = [](int a, int b) { return std::abs(a - b) <= 4; };
-    return near(seen.red(), color.red()) && near(seen.green(), color.green()) && near(seen.blue(), color.blue());
+    return near(seen.red(), color.red()) && near(seen.green(), color.green()) &&
+           near(seen.blue(), color.blue());
 }
 
 std::vector<std::string> names(const CullingViewModel& viewModel) {

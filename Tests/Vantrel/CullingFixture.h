@@ -20,12 +20,15 @@ public:
     using CullingViewModel::navigateTo;
     using CullingViewModel::orphanRawURLs;
     using CullingViewModel::preloadAllSmallThumbnails;
+    using CullingViewModel::restoreBookmark;
     using CullingViewModel::securityScopedResource;
     using CullingViewModel::setCurrentImage;
     using CullingViewModel::setCurrentIndex;
     using CullingViewModel::setErrorMessage;
+    using CullingViewModel::setFolderURL;
     using CullingViewModel::setOrphanRawURLs;
     using CullingViewModel::setPhotoItems;
+    using CullingViewModel::setRawSyncAlertMessage;
     using CullingViewModel::setUndoStack;
     using CullingViewModel::smallThumbnails;
     using CullingViewModel::UndoEntry;
@@ -43,13 +46,14 @@ struct CullingFixture {
     /// Opens the folder by way of the chooser.
     void open(const Platform::FileURL& folder);
 
-    TemporaryFolder home;  ///< holds the settings
+    TemporaryFolder home; ///< holds the settings
     TemporaryFolder photos;
     QSettings settings;
     Platform::UserDefaults userDefaults{settings};
     ManualTaskScheduler scheduler;
-    std::optional<Platform::FileURL> choice; ///< what the user chooses in the folder chooser; nothing: cancels
-    QString chooserMessage;                  ///< what the chooser last asked
+    std::optional<Platform::FileURL>
+        choice;             ///< what the user chooses in the folder chooser; nothing: cancels
+    QString chooserMessage; ///< what the chooser last asked
     std::unique_ptr<OpenViewModel> viewModel;
 };
 
@@ -57,7 +61,8 @@ struct CullingFixture {
 QByteArray flatPhoto(const QColor& color, QSize size = {300, 200});
 
 /// Writes such photos under these names into the folder, each in a colour of its own: photoColor(0), photoColor(1)...
-void writePhotos(const TemporaryFolder& folder, const std::vector<std::string>& names, QSize size = {300, 200});
+void writePhotos(
+    const TemporaryFolder& folder, const std::vector<std::string>& names, QSize size = {300, 200});
 QColor photoColor(int index);
 
 /// Whether the image is the photo of that colour.

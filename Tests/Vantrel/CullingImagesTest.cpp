@@ -4,7 +4,7 @@
 #include <QTest>
 
 #include <chrono>
-#include <unistd.h>
+#include <filesystem>
 
 using namespace std::chrono_literals;
 using Platform::Image;
@@ -144,7 +144,8 @@ private slots:
         loaded.model().navigateTo(1);
         QCOMPARE(loaded.scheduler.waiting(userInitiated), 1);
         loaded.scheduler.advance(150ms);
-        QCOMPARE(loaded.scheduler.waiting(userInitiated), 1); // the small one is cancelled, the large one waits
+        QCOMPARE(
+            loaded.scheduler.waiting(userInitiated), 1); // the small one is cancelled, the large one waits
         loaded.scheduler.runNext(userInitiated);
         loaded.scheduler.deliver();
         QVERIFY(loaded.showsPhoto(1, 1200));
@@ -166,8 +167,11 @@ private slots:
     void thePhotoAlreadyShownIsLookedUpAndUpgradedAnew() {
         Loaded loaded(2);
         QSignalSpy spy(&loaded.model(), &CullingViewModel::currentIndexChanged);
+        const Image other(QImage(8, 8, QImage::Format_RGB32));
+        loaded.model().imageCache().write(0, other);
         loaded.model().navigateTo(0);
         QCOMPARE(spy.count(), 0);
+        QVERIFY(loaded.model().currentImage() == other);
         loaded.scheduler.advance(150ms);
         QCOMPARE(loaded.scheduler.waiting(userInitiated), 1);
     }
@@ -187,9 +191,9 @@ private slots:
         fixture.photos.write("c.jpg", flatPhoto(photoColor(2)));
         OpenViewModel& viewModel = fixture.start();
         viewModel.loadFolder(fixture.photos.url());
-        viewModel.smallThumbnails().write(1, Image(QImage(1, 1, QImage::Format_RGB32)));
-        viewModel.smallThumbnails().write(1, std::nullopt);
         viewModel.nextPhoto();
+        viewModel.smallThumbnails().write(
+            1, Image(QImage(1, 1, QImage::Format_RGB32))); // goes with the failure
         fixture.scheduler.runNext(userInitiated);
         fixture.scheduler.deliver();
         QVERIFY(viewModel.currentImage().isNull());
@@ -332,6 +336,23 @@ private slots:
         QCOMPARE(loaded.scheduler.waiting(background), 0);
         loaded.scheduler.runAll();
         QVERIFY(loaded.model().smallThumbnails().storage().empty());
+    }
+
+    void aPassOverMorePhotosThanAreKeptKeepsTheLast() {
+        CullingFixture fixture;
+        constexpr int count = 2003;
+        const auto first = fixture.photos.write("0.jpg", flatPhoto(photoColor(0), {8, 8}));
+        for (int index = 1; index < count; ++index) {
+            const auto next = fixture.photos.at(std::to_string(index) + ".jpg");
+            std::filesystem::create_hard_link(first.path(), next.path());
+        }
+        OpenViewModel& viewModel = fixture.start();
+        viewModel.loadFolder(fixture.photos.url());
+        fixture.scheduler.runAll();
+        QCOMPARE(std::ssize(viewModel.smallThumbnails().order()), 2000);
+        QCOMPARE(viewModel.smallThumbnails().order().front(), 3);
+        QCOMPARE(viewModel.smallThumbnails().order().back(), count - 1);
+        QCOMPARE(fixture.scheduler.waiting(background), 0);
     }
 
     void aSecondPassSkipsWhatIsThere() {

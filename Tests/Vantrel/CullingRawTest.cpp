@@ -1,6 +1,5 @@
 #include "Tests/Vantrel/CullingFixture.h"
 
-#include <QSignalSpy>
 #include <QTest>
 
 #include <unistd.h>
@@ -10,8 +9,7 @@ using Names = std::vector<std::string>;
 
 namespace {
 
-const QString nothingFound =
-    QStringLiteral("No orphan RAW files found. All .ARW files have a matching JPG.");
+const QString nothingFound = QStringLiteral("No orphan RAW files found. All .ARW files have a matching JPG.");
 
 Names orphanNames(const OpenViewModel& viewModel) {
     Names result;
@@ -39,13 +37,15 @@ private slots:
     void baseNamesAreComparedWithCaseAndExtensionsWithout() {
         CullingFixture fixture;
         writePhotos(fixture.photos, {"IMG_1.jpg", "IMG_3.jpg"});
-        for (const char* name : {"IMG_1.ARW", "img_1.ARW", "IMG_2.arw", "IMG_3.Arw", "IMG_4.raw", "IMG_5.ARW.txt"}) {
+        for (const char* name :
+            {"IMG_1.ARW", "img_1.ARW", "IMG_2.arw", "IMG_3.Arw", "IMG_4.raw", "IMG_5.ARW.txt"}) {
             fixture.photos.write(name, "raw");
         }
         const OpenViewModel& viewModel = search(fixture);
         QCOMPARE(orphanNames(viewModel), (Names{"img_1.ARW", "IMG_2.arw"}));
-        QCOMPARE(viewModel.rawSyncAlertMessage(),
-            QString("Found 2 RAW file(s) without a matching JPG:\n\nimg_1.ARW\nIMG_2.arw\n\nDelete these files?"));
+        QCOMPARE(
+            viewModel.rawSyncAlertMessage(), QString("Found 2 RAW file(s) without a matching "
+                                                     "JPG:\n\nimg_1.ARW\nIMG_2.arw\n\nDelete these files?"));
         QVERIFY(viewModel.showRawSyncAlert());
         QVERIFY(viewModel.rawSyncAlertAsksToDelete());
     }

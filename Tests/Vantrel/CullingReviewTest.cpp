@@ -56,9 +56,18 @@ private slots:
         QCOMPARE(loaded.model().currentIndex(), 0);
     }
 
+    void withoutPhotosNothingHappens_data() {
+        QTest::addColumn<bool>("isOpen");
+        QTest::newRow("no folder") << false;
+        QTest::newRow("an empty folder") << true;
+    }
     void withoutPhotosNothingHappens() {
+        QFETCH(bool, isOpen);
         CullingFixture fixture;
         OpenViewModel& viewModel = fixture.start();
+        if (isOpen) {
+            viewModel.loadFolder(fixture.photos.url());
+        }
         viewModel.nextPhoto();
         viewModel.previousPhoto();
         viewModel.cycleState();
@@ -182,8 +191,8 @@ private slots:
     void anEntryOutOfRangeIsUsedUpAndTheNextOneServes() {
         Loaded loaded(2);
         loaded.model().toggleApproved();
-        loaded.model().setUndoStack({{0, ReviewState::unreviewed}, {2, ReviewState::rejected},
-            {-1, ReviewState::rejected}});
+        loaded.model().setUndoStack(
+            {{0, ReviewState::unreviewed}, {2, ReviewState::rejected}, {-1, ReviewState::rejected}});
         loaded.model().undo();
         loaded.model().undo();
         QVERIFY(loaded.stateAt(0) == ReviewState::approved);

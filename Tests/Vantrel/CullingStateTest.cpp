@@ -102,6 +102,19 @@ private slots:
         QCOMPARE(alerts.count(), 1);
     }
 
+    void anEqualFolderAndAlertTextAreAssignedSilently() {
+        CullingFixture fixture;
+        OpenViewModel& viewModel = fixture.start();
+        QSignalSpy folders(&viewModel, &CullingViewModel::folderURLChanged);
+        viewModel.setFolderURL(FileURL("/p/shoot"));
+        viewModel.setFolderURL(FileURL("/p/shoot/"));
+        QCOMPARE(folders.count(), 1);
+        QSignalSpy texts(&viewModel, &CullingViewModel::rawSyncAlertMessageChanged);
+        viewModel.setRawSyncAlertMessage("found");
+        viewModel.setRawSyncAlertMessage("found");
+        QCOMPARE(texts.count(), 1);
+    }
+
     void listsOfUrlsAreComparedByValue() {
         CullingFixture fixture;
         OpenViewModel& viewModel = fixture.start();

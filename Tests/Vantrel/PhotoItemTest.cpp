@@ -19,7 +19,8 @@ private slots:
     }
 
     void filenameIsTheLastPathComponentWithItsCaseKept() {
-        QCOMPARE(PhotoItem(FileURL("/photos/IMG_0001.JPG"), ReviewState::unreviewed).filename(), "IMG_0001.JPG");
+        QCOMPARE(
+            PhotoItem(FileURL("/photos/IMG_0001.JPG"), ReviewState::unreviewed).filename(), "IMG_0001.JPG");
         QCOMPARE(PhotoItem(FileURL("/photos/a.b.jpg"), ReviewState::unreviewed).filename(), "a.b.jpg");
     }
 

@@ -6,7 +6,8 @@
 
 #include <stdexcept>
 
-ScreenFixture::ScreenFixture(CullingViewModel::FeatureFlags features) : window(std::make_unique<QQuickView>()) {
+ScreenFixture::ScreenFixture(CullingViewModel::FeatureFlags features)
+    : window(std::make_unique<QQuickView>()) {
     start(features);
     setUpMainWindow(*window, *viewModel);
     window->show();

@@ -1,5 +1,4 @@
 #include "Tests/Vantrel/ScreenFixture.h"
-#include "Vantrel/CanvasGeometry.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -17,16 +16,19 @@ const QColor rejectedRed(0xff, 0x45, 0x3a);
 
 bool isNear(const QColor& a, const QColor& b) {
     return std::abs(a.red() - b.red()) <= 6 && std::abs(a.green() - b.green()) <= 6 &&
-        std::abs(a.blue() - b.blue()) <= 6;
+           std::abs(a.blue() - b.blue()) <= 6;
 }
 
 QColor mixed(const QColor& over, const QColor& under, double opacity) {
-    const auto mix = [&](int a, int b) { return static_cast<int>(std::lround(a * opacity + b * (1 - opacity))); };
+    const auto mix = [&](int a, int b) {
+        return static_cast<int>(std::lround(a * opacity + b * (1 - opacity)));
+    };
     return {mix(over.red(), under.red()), mix(over.green(), under.green()), mix(over.blue(), under.blue())};
 }
 
 struct Screen : ScreenFixture {
-    explicit Screen(const std::vector<std::string>& photoNames = {}, CullingViewModel::FeatureFlags features = {})
+    explicit Screen(
+        const std::vector<std::string>& photoNames = {}, CullingViewModel::FeatureFlags features = {})
         : ScreenFixture(features) {
         if (!photoNames.empty()) {
             writePhotos(photos, photoNames, {1500, 1000});
@@ -292,8 +294,8 @@ private slots:
         QVERIFY(hasText(screen, "floatingMoveRejected", "⌘A"));
         QVERIFY(hasText(screen, "floatingMoveRejected", "⌘R"));
         QVERIFY(screen.button("Move Rejected (1)") != nullptr);
-        QVERIFY(hasText(screen, "floatingLeftToolbar",
-            QString::fromStdString(screen.photos.url().lastPathComponent())));
+        QVERIFY(hasText(
+            screen, "floatingLeftToolbar", QString::fromStdString(screen.photos.url().lastPathComponent())));
     }
 
     void theFirstPhotoIsNumberOne() {

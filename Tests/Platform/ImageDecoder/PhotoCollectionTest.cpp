@@ -1,0 +1,106 @@
+#include "Platform/ImageDecoder/ImageDecoder.h"
+#include "Platform/ImageDecoder/PhotoRendering.h"
+
+#include <QDir>
+#include <QFile>
+#include <QHash>
+#include <QTest>
+
+using Platform::decodeImage;
+using Platform::FileURL;
+
+/// Runs over a collection of real and of damaged photos, where it lies beside the checkout; its manifest says
+/// of each file what it is and what a viewer must do with it.
+class PhotoCollectionTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void everyPhotoIsShownInItsSizeOrNotAtAll_data();
+    void everyPhotoIsShownInItsSizeOrNotAtAll();
+
+private:
+    const QDir m_folder{QStringLiteral(PHOTO_COLLECTION)};
+};
+
+namespace {
+
+enum Expectation {
+    Shown,
+    NotShown,
+    ShownOrNot, // of another format, or too large: as the machine's plugins and memory allow
+};
+
+using Entry = QHash<QByteArray, QByteArray>;
+
+QList<Entry> readManifest(QFile& manifest) {
+    QList<Entry> entries;
+    const QList<QByteArray> columns = manifest.readLine().trimmed().split('\t');
+    while (!manifest.atEnd()) {
+        const QList<QByteArray> values = manifest.readLine().split('\t');
+        Entry entry;
+        for (qsizetype i = 0; i < std::min(columns.size(), values.size()); ++i) {
+            entry.insert(columns[i], values[i].trimmed());
+        }
+        entries.append(entry);
+    }
+    return entries;
+}
+
+Expectation expectation(const Entry& entry) {
+    const QByteArray duty = entry["what-a-viewer-must-do"];
+    const auto faultIsBehindThePicture = [&] {
+        // The reference decoder fails on what follows the last row, and then shows nothing of it.
+        static const QByteArrayList faults{"two SOF markers", "Bogus DQT index", "Bogus marker length",
+            "Bogus DAC index", "Unsupported marker type 0x9b"};
+        return std::ranges::any_of(faults, [&](const QByteArray& fault) { return duty.contains(fault); });
+    };
+    if (duty.contains("wrong ending") || duty.contains("refused quickly") ||
+        duty.contains("refuse quickly") || duty.contains("libjpeg-turbo 3 may show it") ||
+        (duty.startsWith("cannot") && faultIsBehindThePicture())) {
+        return ShownOrNot;
+    }
+    const bool isNotShown =
+        duty.startsWith("cannot") || duty.startsWith("not a JPEG") || duty.startsWith("zero bytes");
+    return isNotShown ? NotShown : Shown;
+}
+
+} // namespace
+
+void PhotoCollectionTest::everyPhotoIsShownInItsSizeOrNotAtAll_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("expected");
+    QFile manifest(m_folder.filePath(QStringLiteral("MANIFEST.tsv")));
+    if (!manifest.open(QIODevice::ReadOnly)) {
+        QSKIP("there is no collection of photos beside the checkout");
+    }
+    for (const Entry& entry : readManifest(manifest)) {
+        QSize size(entry["width"].toInt(), entry["height"].toInt());
+        const int orientation = entry["stored-orientation"].toInt();
+        if (orientation >= 5 && orientation <= 8) {
+            size.transpose();
+        }
+        QTest::newRow(entry["file"].constData())
+            << QString::fromUtf8(entry["file"]) << size << static_cast<int>(expectation(entry));
+    }
+}
+
+void PhotoCollectionTest::everyPhotoIsShownInItsSizeOrNotAtAll() {
+    QFETCH(QString, name);
+    QFETCH(QSize, size);
+    QFETCH(int, expected);
+    const FileURL photo(std::filesystem::path(QFile::encodeName(m_folder.filePath(name)).toStdString()));
+    for (const int maxPixelSize : {200, 1200, 0}) {
+        const auto image = decodeImage(photo, maxPixelSize);
+        if (expected != ShownOrNot) {
+            QVERIFY2(bool(image) == (expected == Shown),
+                image ? "shown" : qPrintable(image.error().localizedDescription()));
+        }
+        if (image && !size.isEmpty()) {
+            QCOMPARE(image->pixels().size(), Platform::fittedSize(size, maxPixelSize));
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(PhotoCollectionTest)
+#include "PhotoCollectionTest.moc"

@@ -1,0 +1,265 @@
+#include "Platform/ImageDecoder/ImageDecoder.h"
+#include "Tests/Support/JpegWriter.h"
+#include "Tests/Support/Pictures.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+using Platform::decodeImage;
+using Platform::FileURL;
+
+class UnreadablePhotoTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aTruncatedPhotoShowsThePartThatIsThere_data();
+    void aTruncatedPhotoShowsThePartThatIsThere();
+    void aPhotoThatEndsInItsHeaderIsAnError();
+    void damageInTheMiddleStillShowsTheRest();
+    void bytesAfterTheEndAreIgnored();
+    void damagedExifDataAreIgnored();
+    void anArithmeticCodedPhotoIsShown();
+    void aProgressivePhotoIsShown();
+    void zeroBytesAreAnError();
+    void whatIsNoPictureIsAnErrorThatNamesTheFile();
+    void aFolderIsAnError();
+    void aDanglingLinkIsAnError();
+    void aLinkToAPhotoIsThatPhoto();
+    void aPipeIsAnErrorAtOnce();
+    void aDeviceIsAnErrorAtOnce();
+    void aVanishedPhotoIsAnError();
+    void aPhotoWithoutPermissionIsAnError();
+    void aDiskThatFailsIsAnError();
+    void aNameInLatin1IsOpened();
+    void aNameWithALineFeedIsOpened();
+    void aNameOf255BytesIsOpened();
+    void moreSidePixelsThanTheFormatAllowsAreRefused();
+    void tooManyPixelsAreRefused();
+    void tooMuchMemoryForAProgressivePhotoIsRefused();
+    void manyScansAreShownButNotThousands_data();
+    void manyScansAreShownButNotThousands();
+
+private:
+    FileURL write(const QByteArray& content) const { return m_folder.write("photo.jpg", content); }
+
+    TemporaryFolder m_folder;
+};
+
+namespace {
+
+/// The file with its last scan repeated.
+QByteArray withRepeatedScan(const QByteArray& progressive, int times) {
+    const qsizetype scan = progressive.lastIndexOf(QByteArray("\xff\xda", 2));
+    const qsizetype end = progressive.size() - 2;
+    return progressive.left(scan) + progressive.mid(scan, end - scan).repeated(times) + progressive.mid(end);
+}
+
+} // namespace
+
+void UnreadablePhotoTest::aTruncatedPhotoShowsThePartThatIsThere_data() {
+    QTest::addColumn<int>("maxPixelSize");
+    for (const int maxPixelSize : {0, 600, 200}) {
+        QTest::addRow("%d", maxPixelSize) << maxPixelSize;
+    }
+}
+
+void UnreadablePhotoTest::aTruncatedPhotoShowsThePartThatIsThere() {
+    QFETCH(int, maxPixelSize);
+    const QByteArray file = jpegFile(landscape(QSize(1600, 1200)));
+    const auto whole = decodeImage(write(file), maxPixelSize);
+    const auto part = decodeImage(write(file.left(file.size() / 2)), maxPixelSize);
+    QVERIFY(part);
+    QCOMPARE(part->pixels().size(), whole->pixels().size());
+    const QRect upperThird(0, 0, part->pixels().width(), part->pixels().height() / 3);
+    QCOMPARE(part->pixels().copy(upperThird), whole->pixels().copy(upperThird));
+}
+
+void UnreadablePhotoTest::aPhotoThatEndsInItsHeaderIsAnError() {
+    const QByteArray file = jpegFile(landscape(QSize(64, 64)));
+    for (const int length : {1, 2, 3, 20, 100}) {
+        QVERIFY(!decodeImage(write(file.left(length)), 0));
+    }
+}
+
+void UnreadablePhotoTest::damageInTheMiddleStillShowsTheRest() {
+    QByteArray file = jpegFile(landscape(QSize(1600, 1200)));
+    const auto whole = decodeImage(write(file), 200);
+    file.replace(file.size() / 2, 500, QByteArray(500, '\x55'));
+    const auto damaged = decodeImage(write(file), 200);
+    QVERIFY(damaged);
+    const QRect upperThird(0, 0, 200, 50);
+    QCOMPARE(damaged->pixels().copy(upperThird), whole->pixels().copy(upperThird));
+}
+
+void UnreadablePhotoTest::bytesAfterTheEndAreIgnored() {
+    const QByteArray file = jpegFile(landscape(QSize(64, 64)));
+    const auto alone = decodeImage(write(file), 0);
+    const auto followed = decodeImage(write(file + jpegFile(plain(QSize(64, 64), Qt::red))), 0);
+    QCOMPARE(followed->pixels(), alone->pixels());
+}
+
+void UnreadablePhotoTest::damagedExifDataAreIgnored() {
+    JpegOptions options;
+    options.orientation = 6;
+    QByteArray file = jpegFile(quadrants(QSize(64, 32)), options);
+    const qsizetype exif = file.indexOf("Exif");
+    file.replace(exif + 10, 4, "\xff\xff\xff\xff", 4); // where the first directory should be
+    QCOMPARE(decodeImage(write(file), 0)->pixels().size(), QSize(64, 32));
+}
+
+void UnreadablePhotoTest::anArithmeticCodedPhotoIsShown() {
+    JpegOptions options;
+    options.isArithmetic = true;
+    const QImage picture = landscape(QSize(320, 240));
+    const auto image = decodeImage(write(jpegFile(picture, options)), 0);
+    QVERIFY(image);
+    QVERIFY(meanDifference(image->pixels(), picture) < 4);
+}
+
+void UnreadablePhotoTest::aProgressivePhotoIsShown() {
+    JpegOptions options;
+    options.isProgressive = true;
+    const QImage picture = landscape(QSize(320, 240));
+    const auto image = decodeImage(write(jpegFile(picture, options)), 0);
+    QVERIFY(image);
+    QVERIFY(meanDifference(image->pixels(), picture) < 4);
+}
+
+void UnreadablePhotoTest::zeroBytesAreAnError() {
+    QVERIFY(!decodeImage(write(QByteArray()), 200));
+}
+
+void UnreadablePhotoTest::whatIsNoPictureIsAnErrorThatNamesTheFile() {
+    const auto image = decodeImage(m_folder.write("notes.jpg", "It rained all day.\n"), 200);
+    QVERIFY(!image);
+    QCOMPARE(image.error().localizedDescription(),
+        QStringLiteral("“notes.jpg” is not a picture that can be read."));
+}
+
+void UnreadablePhotoTest::aFolderIsAnError() {
+    const auto image = decodeImage(m_folder.makeFolder("folder.jpg"), 200);
+    QVERIFY(!image);
+    QCOMPARE(image.error().code(), EISDIR);
+}
+
+void UnreadablePhotoTest::aDanglingLinkIsAnError() {
+    const FileURL link = m_folder.at("link.jpg");
+    std::filesystem::create_symlink("nowhere.jpg", link.path());
+    const auto image = decodeImage(link, 200);
+    QVERIFY(!image);
+    QCOMPARE(image.error().code(), ENOENT);
+}
+
+void UnreadablePhotoTest::aLinkToAPhotoIsThatPhoto() {
+    const FileURL link = m_folder.at("other.jpg");
+    std::filesystem::create_symlink(write(jpegFile(plain(QSize(20, 10), Qt::red))).path(), link.path());
+    QCOMPARE(decodeImage(link, 0)->pixels().size(), QSize(20, 10));
+}
+
+void UnreadablePhotoTest::aPipeIsAnErrorAtOnce() {
+    const FileURL pipe = m_folder.at("pipe.jpg");
+    QCOMPARE(mkfifo(pipe.path().c_str(), 0600), 0);
+    const auto image = decodeImage(pipe, 200);
+    QVERIFY(!image);
+    QCOMPARE(image.error().localizedDescription(), QStringLiteral("“pipe.jpg” is not a file."));
+}
+
+void UnreadablePhotoTest::aDeviceIsAnErrorAtOnce() {
+    QVERIFY(!decodeImage(FileURL("/dev/zero"), 200));
+}
+
+void UnreadablePhotoTest::aVanishedPhotoIsAnError() {
+    const auto image = decodeImage(m_folder.at("gone.jpg"), 200);
+    QVERIFY(!image);
+    QCOMPARE(image.error().localizedDescription(),
+        QStringLiteral("“gone.jpg” could not be opened: it does not exist any more."));
+}
+
+void UnreadablePhotoTest::aPhotoWithoutPermissionIsAnError() {
+    if (geteuid() == 0) {
+        QSKIP("the administrator may read every file");
+    }
+    const FileURL photo = m_folder.write("private.jpg", jpegFile(plain(QSize(20, 10), Qt::red)));
+    std::filesystem::permissions(photo.path(), std::filesystem::perms::none);
+    const auto image = decodeImage(photo, 200);
+    QVERIFY(!image);
+    QCOMPARE(image.error().code(), EACCES);
+}
+
+void UnreadablePhotoTest::aDiskThatFailsIsAnError() {
+    // A file that the system opens and then cannot read from its start: nothing is mapped at address 0.
+    const FileURL link = m_folder.at("failing.jpg");
+    std::filesystem::create_symlink("/proc/self/mem", link.path());
+    const auto image = decodeImage(link, 200);
+    QVERIFY(!image);
+    QCOMPARE(image.error().code(), EIO);
+    QCOMPARE(image.error().localizedDescription(),
+        QStringLiteral("“failing.jpg” could not be read: the disk reported an error."));
+}
+
+void UnreadablePhotoTest::aNameInLatin1IsOpened() {
+    const FileURL photo = m_folder.write("Stra\xdf"
+                                         "e.jpg",
+        jpegFile(plain(QSize(20, 10), Qt::red)));
+    QVERIFY(decodeImage(photo, 0));
+}
+
+void UnreadablePhotoTest::aNameWithALineFeedIsOpened() {
+    QVERIFY(decodeImage(m_folder.write("two\nlines.jpg", jpegFile(plain(QSize(20, 10), Qt::red))), 0));
+}
+
+void UnreadablePhotoTest::aNameOf255BytesIsOpened() {
+    const std::string name = std::string(251, 'n') + ".jpg";
+    QVERIFY(decodeImage(m_folder.write(name, jpegFile(plain(QSize(20, 10), Qt::red))), 0));
+    const auto tooLong = decodeImage(m_folder.at(name + 'x'), 0);
+    QVERIFY(!tooLong);
+    QCOMPARE(tooLong.error().code(), ENAMETOOLONG);
+}
+
+void UnreadablePhotoTest::moreSidePixelsThanTheFormatAllowsAreRefused() {
+    const QByteArray file = withSize(jpegFile(plain(QSize(20, 10), Qt::red)), 65535, 65535);
+    QVERIFY(!decodeImage(write(file), 200));
+    QVERIFY(!decodeImage(write(file), 0));
+}
+
+void UnreadablePhotoTest::tooManyPixelsAreRefused() {
+    const auto image =
+        decodeImage(write(withSize(jpegFile(plain(QSize(20, 10), Qt::red)), 65000, 65000)), 200);
+    QVERIFY(!image);
+    QCOMPARE(
+        image.error().localizedDescription(), QStringLiteral("“photo.jpg” has too many pixels to be shown."));
+}
+
+void UnreadablePhotoTest::tooMuchMemoryForAProgressivePhotoIsRefused() {
+    // 400 megapixels, within the limit, but 2.4 GB of coefficients.
+    JpegOptions options;
+    options.isProgressive = true;
+    options.isSubsampled = false;
+    const QByteArray file = withSize(jpegFile(plain(QSize(20, 10), Qt::red), options), 20000, 20000);
+    QVERIFY(!decodeImage(write(file), 200));
+}
+
+void UnreadablePhotoTest::manyScansAreShownButNotThousands_data() {
+    QTest::addColumn<int>("times");
+    QTest::addColumn<bool>("isShown");
+    QTest::newRow("some") << 400 << true;
+    QTest::newRow("too many") << 5000 << false;
+}
+
+void UnreadablePhotoTest::manyScansAreShownButNotThousands() {
+    QFETCH(int, times);
+    QFETCH(bool, isShown);
+    JpegOptions options;
+    options.isProgressive = true;
+    const QByteArray file = jpegFile(plain(QSize(64, 64), Qt::red), options);
+    QCOMPARE(bool(decodeImage(write(withRepeatedScan(file, times)), 0)), isShown);
+}
+
+QTEST_GUILESS_MAIN(UnreadablePhotoTest)
+#include "UnreadablePhotoTest.moc"

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+
+/// How a photo of the tests is written; the defaults are those of a plain camera photo without metadata.
+struct JpegOptions {
+    enum class Colors { Grey, YCbCr, Cmyk };
+
+    Colors colors =
+        Colors::YCbCr; ///< Cmyk: inks as Adobe stores them, taken from the picture's red, green and blue
+    bool isSubsampled = true; ///< colour at half the resolution both ways (4:2:0)
+    bool isProgressive = false;
+    bool isArithmetic = false;
+    int quality = 95;
+    int orientation = 0;     ///< 1 to 8, or any other number to be written; 0: no such tag
+    bool isAdobeRgb = false; ///< EXIF interoperability index R03
+    QByteArray preview;      ///< a JPEG file, embedded in the EXIF data
+    QByteArray iccProfile;
+};
+
+/// The bytes of a JPEG file of the picture.
+QByteArray jpegFile(const QImage& picture, const JpegOptions& options = {});
+
+/// The same file with other dimensions in its header.
+QByteArray withSize(QByteArray jpeg, quint16 width, quint16 height);
