@@ -203,6 +203,7 @@ void registerAll(const std::string& path) {
             benchmark::RegisterBenchmark(name.c_str(), run)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime()
+                ->MeasureProcessCPUTime()
                 ->Iterations(2)
                 ->Repetitions(repetitions)
                 ->ReportAggregatesOnly();

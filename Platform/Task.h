@@ -63,7 +63,7 @@ public:
     /// Calls deliver() on the main thread once the duration has passed, unless the task is cancelled first.
     template <typename Deliver>
     Task sleep(std::chrono::nanoseconds duration, Deliver deliver) {
-        const Task task;
+        Task task;
         runLater(duration, [task, deliver = std::move(deliver)] {
             if (!task.isCancelled()) {
                 deliver();

@@ -5,10 +5,10 @@
 using Platform::FileURL;
 using Platform::Image;
 
-CullingViewModel::CullingViewModel(Surroundings surroundings, FeatureFlags features)
+CullingViewModel::CullingViewModel(const Surroundings& surroundings, FeatureFlags features)
     : m_scheduler(surroundings.scheduler),
       m_userDefaults(surroundings.userDefaults),
-      m_folderChooser(std::move(surroundings.folderChooser)),
+      m_folderChooser(surroundings.folderChooser),
       m_features(features) {
     connect(this, &CullingViewModel::currentIndexChanged, this, &CullingViewModel::currentPhotoChanged);
     connect(this, &CullingViewModel::photoItemsChanged, this, &CullingViewModel::currentPhotoChanged);

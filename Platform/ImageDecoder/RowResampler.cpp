@@ -50,8 +50,9 @@ RowResampler::Filter::Filter(int length, double extent, int reducedLength)
         const double center = (i + 0.5) * ratio - 0.5;
         int& start = first[static_cast<std::size_t>(i)];
         start = std::clamp(static_cast<int>(std::floor(center - radius)) + 1, 0, length - taps);
-        std::ranges::generate(
-            values, [&, tap = start]() mutable { return kernel((tap++ - center) / ratio); });
+        for (int tap = 0; tap < taps; ++tap) {
+            values[static_cast<std::size_t>(tap)] = kernel((start + tap - center) / ratio);
+        }
         const double sum = std::accumulate(values.begin(), values.end(), 0.0);
         weight = std::ranges::transform(values, weight, [sum](double value) {
             return static_cast<float>(value / sum);

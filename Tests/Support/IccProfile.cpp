@@ -67,7 +67,7 @@ cmsInt32Number sample(const cmsUInt16Number* in, cmsUInt16Number* out, void* car
 }
 
 /// A profile that holds its colours in a table and nothing else.
-QByteArray tableProfile(cmsColorSpaceSignature space, Look look) {
+Profile tableProfile(cmsColorSpaceSignature space, Look look) {
     const Profile srgb(cmsCreate_sRGBProfile());
     const Profile lab(cmsCreateLab4Profile(nullptr));
     Sampling sampling{std::move(look), Transform(cmsCreateTransform(srgb.get(), TYPE_RGB_DBL, lab.get(),
@@ -81,7 +81,7 @@ QByteArray tableProfile(cmsColorSpaceSignature space, Look look) {
     cmsPipelineInsertStage(pipeline, cmsAT_END, table);
     cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
 
-    const Profile profile(cmsCreateProfilePlaceholder(nullptr));
+    Profile profile(cmsCreateProfilePlaceholder(nullptr));
     cmsSetDeviceClass(profile.get(), cmsSigOutputClass);
     cmsSetColorSpace(profile.get(), space);
     cmsSetPCS(profile.get(), cmsSigLabData);
@@ -90,7 +90,7 @@ QByteArray tableProfile(cmsColorSpaceSignature space, Look look) {
     if (!isWritten) {
         throw std::runtime_error("a table of colours could not be written");
     }
-    return bytes(profile);
+    return profile;
 }
 
 double unit(cmsUInt16Number value) {
@@ -112,9 +112,15 @@ QByteArray IccProfile::rotatedRgb() {
 }
 
 QByteArray IccProfile::rotatedRgbTable() {
-    return tableProfile(cmsSigRgbData, [](const cmsUInt16Number* stored) {
+    const Profile profile = tableProfile(cmsSigRgbData, [](const cmsUInt16Number* stored) {
         return Rgb{unit(stored[2]), unit(stored[0]), unit(stored[1])};
     });
+    const Profile srgb(cmsCreate_sRGBProfile());
+    for (const cmsTagSignature tag : {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag,
+             cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag}) {
+        cmsWriteTag(profile.get(), tag, cmsReadTag(srgb.get(), tag));
+    }
+    return bytes(profile);
 }
 
 QByteArray IccProfile::linearGrey() {
@@ -122,9 +128,9 @@ QByteArray IccProfile::linearGrey() {
 }
 
 QByteArray IccProfile::redCyan() {
-    return tableProfile(cmsSigCmykData, [](const cmsUInt16Number* inks) {
+    return bytes(tableProfile(cmsSigCmykData, [](const cmsUInt16Number* inks) {
         const double light = 1 - unit(inks[3]);
         const double cyan = 1 - unit(inks[0]);
         return Rgb{light, light * cyan * (1 - unit(inks[1])), light * cyan * (1 - unit(inks[2]))};
-    });
+    }));
 }

@@ -14,7 +14,7 @@ QByteArray adobeRgb();
 /// applied: stored red is shown green, green blue, and blue red. By primaries and tone curves.
 QByteArray rotatedRgb();
 
-/// The same by a table of colours.
+/// The same by a table of colours, which counts more than the primaries and tone curves of sRGB that it has as well.
 QByteArray rotatedRgbTable();
 
 /// Grey values that are linear in light.

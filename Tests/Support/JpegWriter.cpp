@@ -5,6 +5,7 @@
 
 #include <jpeglib.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -72,11 +73,14 @@ std::vector<JSAMPLE> samples(const QImage& picture, int y, JpegOptions::Colors c
             append(qGray(pixel));
             continue;
         }
-        append(qRed(pixel));
-        append(qGreen(pixel));
-        append(qBlue(pixel));
-        if (colors == JpegOptions::Colors::Cmyk) {
-            append(255); // no black, stored inverted as the other inks
+        const bool areInks = colors == JpegOptions::Colors::Cmyk;
+        const int light =
+            areInks ? std::max({qRed(pixel), qGreen(pixel), qBlue(pixel)}) : 255; // that black leaves
+        for (const int channel : {qRed(pixel), qGreen(pixel), qBlue(pixel)}) {
+            append(light == 0 ? 255 : channel * 255 / light);
+        }
+        if (areInks) {
+            append(light);
         }
     }
     return row;

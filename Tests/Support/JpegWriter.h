@@ -8,7 +8,7 @@ struct JpegOptions {
     enum class Colors { Grey, YCbCr, Cmyk };
 
     Colors colors =
-        Colors::YCbCr; ///< Cmyk: inks as Adobe stores them, taken from the picture's red, green and blue
+        Colors::YCbCr; ///< Cmyk: inks as Adobe stores them, with as much black as the picture's colours allow
     bool isSubsampled = true; ///< colour at half the resolution both ways (4:2:0)
     bool isProgressive = false;
     bool isArithmetic = false;

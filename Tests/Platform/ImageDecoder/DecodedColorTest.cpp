@@ -119,6 +119,8 @@ void DecodedColorTest::anInkProfileIsApplied() {
     const JpegOptions options = withProfile(IccProfile::redCyan(), JpegOptions::Colors::Cmyk);
     QVERIFY(isNear(shown(Qt::cyan, options), Qt::red, 16));
     QVERIFY(isNear(shown(Qt::white, options), Qt::white, 4));
+    const QImage pixels = decode(jpegFile(plain(QSize(32, 32), QColor(40, 40, 40)), options));
+    QCOMPARE(*reinterpret_cast<const quint32*>(pixels.constScanLine(0)) >> 24, 255U);
 }
 
 void DecodedColorTest::aProfileForOtherPixelsIsIgnored_data() {

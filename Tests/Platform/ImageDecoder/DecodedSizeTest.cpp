@@ -49,6 +49,8 @@ private slots:
     void everyOrientationIsShownUpright();
     void anOrientationThatExifDoesNotKnowIsUpright_data();
     void anOrientationThatExifDoesNotKnowIsUpright();
+    void anOrientationOfAnotherWholeNumberTypeCounts_data();
+    void anOrientationOfAnotherWholeNumberTypeCounts();
     void aLineOfPixelsIsTurnedAsWell();
     void theReducedPhotoIsTheWholePhotoReduced_data();
     void theReducedPhotoIsTheWholePhotoReduced();
@@ -168,6 +170,26 @@ void DecodedSizeTest::anOrientationThatExifDoesNotKnowIsUpright() {
     const QImage shown = decode(jpegFile(quadrants(QSize(304, 208)), options), 0);
     QCOMPARE(shown.size(), QSize(304, 208));
     QVERIFY(isNear(shown.pixelColor(0, 0), Qt::red));
+}
+
+void DecodedSizeTest::anOrientationOfAnotherWholeNumberTypeCounts_data() {
+    QTest::addColumn<char>("type");
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("byte") << '\1' << QSize(208, 304);
+    QTest::newRow("long") << '\4' << QSize(208, 304);
+    QTest::newRow("signed long") << '\11' << QSize(208, 304);
+    QTest::newRow("text") << '\2' << QSize(304, 208);
+}
+
+void DecodedSizeTest::anOrientationOfAnotherWholeNumberTypeCounts() {
+    QFETCH(char, type);
+    QFETCH(QSize, size);
+    JpegOptions options;
+    options.orientation = 6;
+    QByteArray file = jpegFile(quadrants(QSize(304, 208)), options);
+    const qsizetype tag = file.indexOf(QByteArray("\x12\x01\x03\x00", 4));
+    file[tag + 2] = type;
+    QCOMPARE(decode(file, 0).size(), size);
 }
 
 void DecodedSizeTest::aLineOfPixelsIsTurnedAsWell() {

@@ -1,0 +1,43 @@
+#include "Tests/EndToEnd/RunningApplication.h"
+
+#include <QTest>
+
+using Platform::FileURL;
+
+RunningApplication::RunningApplication(const VirtualScreen& screen, const FileURL& home) : m_screen(screen) {
+    auto environment = environmentFor(home, screen.displayName());
+    environment.insert("QT_QPA_PLATFORM", "xcb");
+    environment.insert("QT_QUICK_BACKEND", "software");
+    environment.insert("QT_FORCE_STDERR_LOGGING", "1");
+    m_process.setProcessEnvironment(environment);
+    endWithThisProcessAndHeedPermissions(m_process);
+    m_process.start(QStringLiteral(VANTREL_PROGRAM), QStringList());
+}
+
+RunningApplication::~RunningApplication() {
+    kill();
+}
+
+bool RunningApplication::waitUntilReady() {
+    const bool isReady = QTest::qWaitFor([&] { return isInFront() || hasEnded(); }, patience) && !hasEnded();
+    m_window = m_screen.activeWindow();
+    return isReady;
+}
+
+bool RunningApplication::isInFront(QStringView title) const {
+    const ScreenWindow window = m_screen.activeWindow(); // may still be one of a process that has just ended
+    return window.processId == m_process.processId() && window.title == title && !window.content.isEmpty();
+}
+
+QString RunningApplication::ending() {
+    if (!hasEnded()) {
+        return QStringLiteral("runs");
+    }
+    const bool isSignal = m_process.exitStatus() == QProcess::CrashExit;
+    return QStringLiteral("ended %1 %2").arg(isSignal ? u"by signal" : u"with").arg(m_process.exitCode());
+}
+
+QString RunningApplication::messages() {
+    m_messages += m_process.readAllStandardError();
+    return QString::fromUtf8(m_messages);
+}

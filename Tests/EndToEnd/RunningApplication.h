@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Tests/EndToEnd/ChildProcess.h"
+#include "Tests/EndToEnd/VirtualScreen.h"
+
+/// The application as users start it, on a virtual screen. It is killed at the end of its scope where it
+/// still runs.
+class RunningApplication {
+public:
+    /// Starts it with that home folder, where its settings are found and left.
+    RunningApplication(const VirtualScreen& screen, const Platform::FileURL& home);
+    ~RunningApplication();
+    RunningApplication(const RunningApplication&) = delete;
+    RunningApplication& operator=(const RunningApplication&) = delete;
+
+    /// Waits until its main window has the keyboard; false where that does not come.
+    bool waitUntilReady();
+
+    /// Whether its main window has the keyboard.
+    bool isInFront() const { return isInFront(u"Vantrel"); }
+
+    /// Whether its window of that title has the keyboard.
+    bool isInFront(QStringView title) const;
+
+    /// What its main window shows, without the frame.
+    QImage picture() const { return m_screen.picture().copy(m_window.content); }
+
+    /// The main window as it was when it became ready.
+    const ScreenWindow& window() const { return m_window; }
+
+    bool hasEnded() { return m_process.state() == QProcess::NotRunning; }
+    /// By itself, and with 0.
+    bool hasEndedWell() { return ending() == u"ended with 0"; }
+
+    /// "runs", "ended with 0" (its exit status), or "ended by signal 11".
+    QString ending();
+
+    /// Ends it by SIGKILL and returns when it is gone.
+    void kill() { endProcess(m_process); }
+
+    /// What it has written to its standard error so far.
+    QString messages();
+
+private:
+    const VirtualScreen& m_screen;
+    QProcess m_process;
+    ScreenWindow m_window;
+    QByteArray m_messages;
+};

@@ -1,0 +1,412 @@
+#include "Tests/EndToEnd/ChildProcess.h"
+#include "Tests/EndToEnd/FolderContent.h"
+#include "Tests/EndToEnd/RunningApplication.h"
+#include "Tests/EndToEnd/ScreenReading.h"
+#include "Tests/EndToEnd/VirtualScreen.h"
+#include "Tests/Vantrel/CullingFixture.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QTest>
+
+#include <X11/keysym.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+using Platform::FileURL;
+
+/// What the user sees in the main window is, at once or soon, what the words say.
+#define SEES(words)                                                                                          \
+    QTRY_COMPARE_WITH_TIMEOUT(seenIn(m_application->picture()), QStringLiteral(words), patience)
+
+/// The folder holds, at once or soon, these files of these contents.
+#define HOLDS(folder, files) QTRY_COMPARE_WITH_TIMEOUT(checksumsIn(folder), files, patience)
+
+namespace {
+
+const std::vector<Key> openFolderKeys = {XK_Control_L, XK_o};
+const std::vector<Key> undoKeys = {XK_Control_L, XK_z};
+const std::vector<Key> moveApprovedKeys = {XK_Control_L, XK_a};
+const std::vector<Key> moveRejectedKeys = {XK_Control_L, XK_r};
+constexpr Key approveKey = XK_space;
+constexpr Key rejectKey = XK_x;
+
+/// Names of that many photos as a camera gives them, in the order of their numbers.
+std::vector<std::string> cameraNames(int count) {
+    constexpr int first = 8; // so that the numbers grow by a digit on the way
+    std::vector<std::string> names;
+    for (int number = first; number < first + count; ++number) {
+        names.push_back("VTR_" + std::to_string(number) + ".JPG");
+    }
+    return names;
+}
+
+QByteArray readablePhoto(int index) {
+    return flatPhoto(readablePhotoColor(index), readablePhotoSize);
+}
+
+/// Gives a folder other permissions until the end of the scope.
+class WithPermissions {
+public:
+    WithPermissions(const FileURL& folder, std::filesystem::perms permissions) : m_folder(folder) {
+        std::filesystem::permissions(m_folder.path(), permissions);
+    }
+    ~WithPermissions() { std::filesystem::permissions(m_folder.path(), std::filesystem::perms::owner_all); }
+    WithPermissions(const WithPermissions&) = delete;
+    WithPermissions& operator=(const WithPermissions&) = delete;
+
+private:
+    FileURL m_folder;
+};
+
+} // namespace
+
+/// Whole sessions with the program as it is delivered: real key presses on a virtual screen, and then what is
+/// seen on that screen and what lies on the disk.
+class SessionTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        if (const QString lacking = VirtualScreen::lacking(); !lacking.isEmpty()) {
+            QSKIP(qPrintable(lacking));
+        }
+        m_screen.emplace();
+    }
+
+    void init() {
+        m_home.emplace();
+        m_photos.emplace();
+    }
+
+    void cleanup() {
+        const QString messages = m_application ? m_application->messages() : QString();
+        if (QTest::currentTestFailed() && m_application) {
+            keepScreenshot();
+            qInfo("the application %s and wrote: %s", qPrintable(m_application->ending()),
+                qPrintable(messages));
+        }
+        m_application.reset();
+        m_photos.reset();
+        m_home.reset();
+        QVERIFY2(!messages.contains("qrc:"), qPrintable(messages)); // the screen's code complains of nothing
+    }
+
+    void aFolderIsOpenedWalkedThroughMarkedAndMoved() {
+        writePhotos(cameraNames(6));
+        const QStringList before = checksumsIn(m_photos->url());
+        QVERIFY(start());
+        SEES("open a folder");
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+
+        press({XK_Right, approveKey});
+        SEES("photo 1, approved");
+        press({XK_Right, XK_Right, rejectKey});
+        SEES("photo 3, rejected");
+        press({XK_Left});
+        SEES("photo 2");
+        press({approveKey, rejectKey});
+        SEES("photo 2, rejected");
+        m_screen->press(undoKeys);
+        SEES("photo 2, approved");
+        m_screen->press(undoKeys);
+        SEES("photo 2");
+        press({XK_Left, XK_Left, XK_Left, rejectKey}); // over the first to the last
+        SEES("photo 5, rejected");
+        press({XK_Right, XK_Right});
+        SEES("photo 1, approved");
+        m_screen->press(undoKeys); // goes back to where the mark was made
+        SEES("photo 5");
+        press({rejectKey, XK_Right, XK_Right});
+        SEES("photo 1, approved");
+        QCOMPARE(checksumsIn(m_photos->url()), before); // marks alone change nothing on the disk
+
+        m_screen->press(moveApprovedKeys);
+        QStringList after = moved(before, {"VTR_9.JPG"}, "approved");
+        HOLDS(m_photos->url(), after);
+        SEES("photo 2");           // stands now where the moved one stood
+        m_screen->press(undoKeys); // a move leaves nothing to take back
+        press({XK_Right});
+        SEES("photo 3, rejected");
+
+        m_screen->press(moveRejectedKeys);
+        after = moved(after, {"VTR_11.JPG", "VTR_13.JPG"}, "rejected");
+        HOLDS(m_photos->url(), after);
+        SEES("photo 4");
+
+        QVERIFY(closeWindow());
+        QVERIFY(start());
+        SEES("photo 0");
+        press({XK_Right});
+        SEES("photo 2");
+        press({XK_Right});
+        SEES("photo 4");
+        press({XK_Right});
+        SEES("photo 0");
+        QCOMPARE(checksumsIn(m_photos->url()), after);
+    }
+
+    void theLastFolderIsRememberedForTheNextStart() {
+        writePhotos({"a.jpg", "b.jpg"});
+        QVERIFY(start());
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        QVERIFY(contentOf(m_home->at(".config/Vantrel/Vantrel.conf")).contains("LastFolderBookmark="));
+        QVERIFY(closeWindow());
+        QVERIFY(start());
+        SEES("photo 0");
+    }
+
+    void aRememberedFolderThatIsGoneIsNotMentioned() {
+        const FileURL folder = m_photos->makeFolder("card");
+        m_photos->write("card/a.jpg", readablePhoto(0));
+        QVERIFY(start());
+        QVERIFY(openFolder(folder));
+        SEES("photo 0");
+        QVERIFY(closeWindow());
+        std::filesystem::remove_all(folder.path());
+        QVERIFY(start());
+        SEES("open a folder");
+    }
+
+    void cancellingTheChooserChangesNothingAndTheKeysWorkAtOnce() {
+        writePhotos({"a.jpg", "b.jpg", "c.jpg"});
+        QVERIFY(start());
+        QVERIFY(cancelChooser());
+        SEES("open a folder");
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        press({XK_Right, approveKey});
+        SEES("photo 1, approved");
+        QVERIFY(cancelChooser());
+        press({XK_Right});
+        SEES("photo 2");
+        press({XK_Left});
+        SEES("photo 1, approved");
+    }
+
+    void anEmptyFolderSaysSoAndAnotherCanBeOpened() {
+        const FileURL empty = m_photos->makeFolder("empty");
+        writePhotos({"a.jpg"});
+        QVERIFY(start());
+        QVERIFY(openFolder(empty));
+        SEES("no images");
+        press({XK_Right, XK_Left, approveKey, rejectKey});
+        for (const auto& command : {undoKeys, moveApprovedKeys, moveRejectedKeys}) {
+            m_screen->press(command);
+        }
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        QCOMPARE(namesIn(m_photos->url()), (std::vector<std::string>{"a.jpg", "empty"}));
+        QVERIFY(namesIn(empty).empty());
+    }
+
+    void anUnreadableFolderGivesAMessageAndThePhotosStay() {
+        writePhotos({"a.jpg", "b.jpg", "c.jpg"});
+        const FileURL locked = m_photos->makeFolder("locked");
+        const WithPermissions none(locked, std::filesystem::perms::none);
+        QVERIFY(start());
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        press({XK_Right});
+        SEES("photo 1");
+        QVERIFY(openFolder(locked));
+        SEES("an alert");
+        press({XK_Right, XK_Return, XK_Right}); // the first is the alert's, the last is the screen's again
+        SEES("photo 2");
+
+        QVERIFY(closeWindow()); // the folder is the last one all the same
+        QVERIFY(start());
+        SEES("an alert");
+        press({XK_Escape});
+        SEES("no images");
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+    }
+
+    void aPhotoThatCannotBeDecodedShowsAsSuchAndIsPassedBy() {
+        writePhotos({"a.jpg", "b.jpg", "c.jpg"});
+        m_photos->write("b.jpg", "no picture");
+        const QStringList before = checksumsIn(m_photos->url());
+        QVERIFY(start());
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        press({XK_Right});
+        SEES("no images, panels below");
+        press({XK_Right});
+        SEES("photo 2");
+        press({XK_Left});
+        SEES("no images, panels below");
+        press({rejectKey, XK_Left});
+        SEES("photo 0");
+        m_screen->press(moveRejectedKeys); // it can be sorted out like any other
+        HOLDS(m_photos->url(), moved(before, {"b.jpg"}, "rejected"));
+        press({XK_Right});
+        SEES("photo 2");
+    }
+
+    void aMoveThatFailsGivesAMessageAndKeepsPhotosAndMarks() {
+        writePhotos({"a.jpg", "b.jpg"});
+        const QStringList before = checksumsIn(m_photos->url());
+        QVERIFY(start());
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        press({approveKey});
+        SEES("photo 0, approved");
+        {
+            using std::filesystem::perms;
+            const WithPermissions readOnly(m_photos->url(), perms::owner_read | perms::owner_exec);
+            m_screen->press(moveApprovedKeys);
+            SEES("an alert");
+            QCOMPARE(checksumsIn(m_photos->url()), before);
+        }
+        press({XK_Escape, XK_Right});
+        SEES("photo 1");
+        press({XK_Left});
+        SEES("photo 0, approved");
+        m_screen->press(moveApprovedKeys);
+        HOLDS(m_photos->url(), moved(before, {"a.jpg"}, "approved"));
+        SEES("photo 1");
+    }
+
+    void anArrowKeyHeldDownEndsOnTheRightPhoto() {
+        constexpr std::chrono::milliseconds interval(33);
+        writePhotos(cameraNames(19));
+        QVERIFY(start());
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        m_screen->repeat(XK_Right, 48, interval);
+        press({approveKey}); // tells the last photo from the same one passed by
+        SEES("photo 10, approved");
+        m_screen->repeat(XK_Left, 30, interval);
+        press({rejectKey});
+        SEES("photo 18, rejected");
+    }
+
+    void theWindowCarriesTheNameAndClosingItEndsTheApplicationWell() {
+        QVERIFY(start());
+        QCOMPARE(m_application->window().title, QStringLiteral("Vantrel"));
+        QCOMPARE(m_application->window().className, QStringLiteral("vantrel"));
+        SEES("open a folder");
+        QVERIFY(closeWindow());
+    }
+
+    void killedWhileItMovesPhotosItLeavesEveryPhotoWholeAndStartsAgain() {
+        constexpr int count = 501; // all but the last are moved
+        for (int index = 0; index < count; ++index) {
+            const QByteArray photo = readablePhoto(index % readablePhotoCount);
+            m_photos->write(
+                "VTR_" + std::to_string(1000 + index) + ".JPG", photo + QByteArray::number(index));
+        }
+        const QStringList before = checksumsIn(m_photos->url());
+        QVERIFY(start());
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        for (int marked = 0; marked < count - 1; ++marked) {
+            press({approveKey, XK_Right});
+        }
+        m_screen->press(moveApprovedKeys);
+        QVERIFY(waitForAnyIn(m_photos->at("approved")));
+        m_application->kill();
+
+        const QStringList after = checksumsIn(m_photos->url());
+        QCOMPARE(withoutFolder(after, "approved"), before);
+        const auto movedCount = static_cast<int>(namesIn(m_photos->at("approved")).size());
+        qInfo("killed with %d of %d photos moved", movedCount, count - 1);
+
+        QVERIFY(start());
+        const QString expected =
+            QStringLiteral("photo %1").arg(movedCount % readablePhotoCount); // the first that is left
+        QTRY_COMPARE_WITH_TIMEOUT(seenIn(m_application->picture()), expected, patience);
+        QCOMPARE(checksumsIn(m_photos->url()), after);
+    }
+
+private:
+    /// Writes a photo under each name: photo 0, photo 1...
+    void writePhotos(const std::vector<std::string>& names) {
+        for (int index = 0; index < std::ssize(names); ++index) {
+            m_photos->write(names[index], readablePhoto(index));
+        }
+    }
+
+    /// Starts the application, for the first time or again.
+    bool start() {
+        m_application.reset();
+        m_application = std::make_unique<RunningApplication>(*m_screen, m_home->url());
+        return m_application->waitUntilReady();
+    }
+
+    /// Presses one key after the other.
+    void press(const std::vector<Key>& keys) {
+        for (const Key key : keys) {
+            m_screen->press({key});
+        }
+    }
+
+    bool showChooser() {
+        m_screen->press(openFolderKeys);
+        const QString title = QStringLiteral("Select a folder containing JPG images to review.");
+        return QTest::qWaitFor([&] { return m_application->isInFront(title); }, patience);
+    }
+
+    bool isInFrontSoon() {
+        return QTest::qWaitFor([&] { return m_application->isInFront(); }, patience);
+    }
+
+    /// Opens a folder by way of the chooser. The keys are the screen's again when it shows what is in the folder.
+    bool openFolder(const FileURL& folder) {
+        if (!showChooser()) {
+            return false;
+        }
+        m_screen->type(folder.path().native());
+        press({XK_Return});
+        return isInFrontSoon();
+    }
+
+    bool cancelChooser() {
+        if (!showChooser()) {
+            return false;
+        }
+        press({XK_Escape});
+        return isInFrontSoon();
+    }
+
+    /// Closes the main window by its frame, and tells whether that ended the application as it should.
+    bool closeWindow() {
+        m_screen->close(m_application->window());
+        return QTest::qWaitFor([&] { return m_application->hasEnded(); }, patience) &&
+               m_application->hasEndedWell();
+    }
+
+    /// Waits, without a moment's pause, until there is something in the folder.
+    static bool waitForAnyIn(const FileURL& folder) {
+        const QDeadlineTimer deadline(patience);
+        while (!deadline.hasExpired()) {
+            if (exists(folder) && !namesIn(folder).empty()) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void keepScreenshot() {
+        const QDir folder(QStringLiteral(SCREENSHOT_FOLDER));
+        const QString file = folder.filePath(QLatin1String(QTest::currentTestFunction()) + ".png");
+        if (m_screen && folder.mkpath(".") && m_screen->picture().save(file)) {
+            qInfo("screenshot: %s", qPrintable(file));
+        }
+    }
+
+    std::optional<VirtualScreen> m_screen;
+    std::optional<TemporaryFolder> m_home;
+    std::optional<TemporaryFolder> m_photos;
+    std::unique_ptr<RunningApplication> m_application;
+};
+
+QTEST_GUILESS_MAIN(SessionTest)
+#include "SessionTest.moc"

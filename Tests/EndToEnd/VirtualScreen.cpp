@@ -1,0 +1,219 @@
+#include "Tests/EndToEnd/VirtualScreen.h"
+
+#include "Tests/EndToEnd/ChildProcess.h"
+
+#include <QStandardPaths>
+#include <QTest>
+
+#include <stdexcept>
+#include <utility>
+
+// Last, since they define names as macros.
+#include <X11/XKBlib.h>
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+namespace {
+
+const QString serverProgram = QStringLiteral("Xvfb");
+const QString windowManagerProgram = QStringLiteral("openbox");
+
+/// Windows come and go while they are asked about: what is asked of one that is gone has no answer, and that
+/// is all.
+int ignoreError(Display*, XErrorEvent*) {
+    return 0;
+}
+
+struct XFreer {
+    void operator()(void* data) const { XFree(data); }
+};
+
+struct ImageDestroyer {
+    void operator()(XImage* image) const { XDestroyImage(image); }
+};
+
+struct Property {
+    std::unique_ptr<void, XFreer> data; // nullptr where there is none
+    unsigned long count = 0;
+};
+
+Property property(Display* display, Window window, const char* name, Atom type) {
+    constexpr long longest = 65'536; // units of four bytes
+    Atom foundType = 0;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long left = 0;
+    unsigned char* data = nullptr;
+    XGetWindowProperty(display, window, XInternAtom(display, name, False), 0, longest, False, type,
+        &foundType, &format, &count, &left, &data);
+    return {std::unique_ptr<void, XFreer>(data), data ? count : 0};
+}
+
+QString textOf(const Property& property) {
+    return property.data ? QString::fromUtf8(static_cast<const char*>(property.data.get())) : QString();
+}
+
+qint64 numberOf(const Property& property) {
+    return property.count == 0 ? 0
+                               : static_cast<qint64>(*static_cast<const unsigned long*>(property.data.get()));
+}
+
+QRect contentRect(Display* display, Window window) {
+    XWindowAttributes attributes = {};
+    Window child = 0;
+    int x = 0;
+    int y = 0;
+    if (!XGetWindowAttributes(display, window, &attributes) || attributes.map_state != IsViewable ||
+        !XTranslateCoordinates(display, window, attributes.root, 0, 0, &x, &y, &child)) {
+        return {};
+    }
+    return {x, y, attributes.width, attributes.height};
+}
+
+/// The key that gives that sign, and whether Shift is needed for it.
+std::pair<KeyCode, bool> keyFor(Display* display, Key sign) {
+    const KeyCode code = XKeysymToKeycode(display, sign);
+    if (code == 0) {
+        throw std::logic_error("the keyboard has no such key");
+    }
+    return {code, XkbKeycodeToKeysym(display, code, 0, 0) != sign};
+}
+
+} // namespace
+
+void VirtualScreen::Closer::operator()(_XDisplay* display) const {
+    XCloseDisplay(display);
+}
+
+QString VirtualScreen::lacking() {
+    for (const QString& program : {serverProgram, windowManagerProgram}) {
+        if (QStandardPaths::findExecutable(program).isEmpty()) {
+            return program + QStringLiteral(" is not installed");
+        }
+    }
+    return {};
+}
+
+VirtualScreen::VirtualScreen() {
+    startServer();
+    startWindowManager();
+}
+
+VirtualScreen::~VirtualScreen() {
+    m_display.reset();
+    endProcess(m_windowManager);
+    endProcess(m_server);
+}
+
+void VirtualScreen::startServer() {
+    endWithThisProcess(m_server);
+    m_server.setStandardErrorFile(QProcess::nullDevice()); // the keyboard compiler's warnings
+    m_server.start(serverProgram, {"-displayfd", "1", "-screen", "0", "1280x900x24", "-nolisten", "tcp",
+                                      "-noreset"}); // display: any free
+    if (!QTest::qWaitFor([&] { return m_server.canReadLine(); }, patience)) {
+        throw std::runtime_error("the virtual screen does not start");
+    }
+    m_displayName = QStringLiteral(":") + QString::fromLatin1(m_server.readLine().trimmed());
+    m_display.reset(XOpenDisplay(m_displayName.toLatin1().constData()));
+    if (!m_display) {
+        throw std::runtime_error("the virtual screen cannot be reached");
+    }
+    XSetErrorHandler(ignoreError);
+}
+
+void VirtualScreen::startWindowManager() {
+    endWithThisProcess(m_windowManager);
+    m_windowManager.setProcessEnvironment(environmentFor(m_home.url(), m_displayName));
+    m_windowManager.setStandardErrorFile(QProcess::nullDevice());
+    m_windowManager.start(windowManagerProgram, {"--sm-disable"});
+    if (!QTest::qWaitFor([&] { return !windowsNamedBy("_NET_SUPPORTING_WM_CHECK").empty(); }, patience)) {
+        throw std::runtime_error("the window manager does not start");
+    }
+}
+
+QImage VirtualScreen::picture() const {
+    Display* display = m_display.get();
+    const int screen = DefaultScreen(display);
+    const std::unique_ptr<XImage, ImageDestroyer> image(XGetImage(display, RootWindow(display, screen), 0, 0,
+        DisplayWidth(display, screen), DisplayHeight(display, screen), AllPlanes, ZPixmap));
+    if (!image || image->bits_per_pixel != 32) {
+        throw std::runtime_error("the virtual screen shows no picture");
+    }
+    const QImage borrowed(reinterpret_cast<const uchar*>(image->data), image->width, image->height,
+        image->bytes_per_line, QImage::Format_RGB32);
+    return borrowed.copy();
+}
+
+std::vector<unsigned long> VirtualScreen::windowsNamedBy(const char* rootProperty) const {
+    const Property windows =
+        property(m_display.get(), DefaultRootWindow(m_display.get()), rootProperty, XA_WINDOW);
+    const auto* first = static_cast<const unsigned long*>(windows.data.get());
+    return {first, first + windows.count};
+}
+
+ScreenWindow VirtualScreen::activeWindow() const {
+    const auto active = windowsNamedBy("_NET_ACTIVE_WINDOW");
+    if (active.empty() || active.front() == 0) {
+        return {};
+    }
+    Display* display = m_display.get();
+    const Window id = active.front();
+    const Atom utf8 = XInternAtom(display, "UTF8_STRING", False);
+    ScreenWindow window;
+    window.id = id;
+    window.title = textOf(property(display, id, "_NET_WM_NAME", utf8));
+    window.className = textOf(property(display, id, "WM_CLASS", XA_STRING));
+    window.processId = numberOf(property(display, id, "_NET_WM_PID", XA_CARDINAL));
+    window.content = contentRect(display, id);
+    return window;
+}
+
+void VirtualScreen::key(Key key, bool isDown, std::chrono::milliseconds delay) {
+    const KeyCode code = keyFor(m_display.get(), key).first;
+    XTestFakeKeyEvent(m_display.get(), code, isDown, static_cast<unsigned long>(delay.count()));
+}
+
+void VirtualScreen::press(const std::vector<Key>& chord) {
+    for (const Key part : chord) {
+        key(part, true);
+    }
+    for (auto part = chord.rbegin(); part != chord.rend(); ++part) {
+        key(*part, false);
+    }
+    XFlush(m_display.get());
+}
+
+void VirtualScreen::repeat(Key repeated, int count, std::chrono::milliseconds interval) {
+    for (int pressed = 0; pressed < count; ++pressed) {
+        key(repeated, true, interval);
+        key(repeated, false);
+    }
+    XFlush(m_display.get());
+}
+
+void VirtualScreen::type(const std::string& text) {
+    for (const unsigned char character : text) {
+        const Key sign = character; // the keysyms of ASCII are its codes
+        if (keyFor(m_display.get(), sign).second) {
+            press({XK_Shift_L, sign});
+        } else {
+            press({sign});
+        }
+    }
+}
+
+void VirtualScreen::close(const ScreenWindow& window) {
+    Display* display = m_display.get();
+    XEvent event = {};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window.id;
+    event.xclient.message_type = XInternAtom(display, "_NET_CLOSE_WINDOW", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[1] = 2; // the request comes from the user
+    XSendEvent(display, DefaultRootWindow(display), False, SubstructureRedirectMask | SubstructureNotifyMask,
+        &event);
+    XFlush(display);
+}
