@@ -68,7 +68,8 @@ public:
 
     /// Reopens the folder of the last session where it is still to be found, which decodes its first photo; starts
     /// empty otherwise.
-    explicit CullingViewModel(const Surroundings& surroundings) : CullingViewModel(surroundings, FeatureFlags{}) {}
+    explicit CullingViewModel(const Surroundings& surroundings)
+        : CullingViewModel(surroundings, FeatureFlags{}) {}
     CullingViewModel(const Surroundings& surroundings, FeatureFlags features);
 
     /// Cancels its background work, so that no result is delivered to it any more.
