@@ -12,7 +12,8 @@ namespace Platform {
 
 namespace {
 
-constexpr std::size_t bufferSize = std::size_t{64} * 1024;
+// Near the end of each buffer libjpeg takes its slow path; beyond this size nothing more is gained.
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
 // The coefficients of a progressive picture are all in memory at once.
 constexpr long maximumCoefficientBytes = 2L << 30;
