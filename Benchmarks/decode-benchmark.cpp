@@ -5,7 +5,6 @@
 #include "Platform/ImageDecoder/ImageDecoder.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QImage>
 #include <QImageReader>
 #include <QTemporaryDir>
@@ -21,7 +20,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <iostream>
 #include <map>
 #include <random>
 #include <string>

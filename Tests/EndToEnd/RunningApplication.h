@@ -29,6 +29,7 @@ public:
     const ScreenWindow& window() const { return m_window; }
 
     bool hasEnded() { return m_process.state() == QProcess::NotRunning; }
+
     /// By itself, and with 0.
     bool hasEndedWell() { return ending() == u"ended with 0"; }
 

@@ -156,7 +156,8 @@ private slots:
         QVERIFY(start());
         QVERIFY(openFolder(m_photos->url()));
         SEES("photo 0");
-        QVERIFY(contentOf(m_home->at(".config/Vantrel/Vantrel.conf")).contains("LastFolderBookmark="));
+        const FileURL settings = m_home->at(".config/Vantrel/Vantrel.conf");
+        QVERIFY(exists(settings) && contentOf(settings).contains("LastFolderBookmark="));
         QVERIFY(closeWindow());
         QVERIFY(start());
         SEES("photo 0");
@@ -358,7 +359,7 @@ private:
         return QTest::qWaitFor([&] { return m_application->isInFront(); }, patience);
     }
 
-    /// Opens a folder by way of the chooser. The keys are the screen's again when it shows what is in the folder.
+    /// Opens a folder by way of the chooser, which has the keys until the screen shows what is in the folder.
     bool openFolder(const FileURL& folder) {
         if (!showChooser()) {
             return false;

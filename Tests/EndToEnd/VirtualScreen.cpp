@@ -129,7 +129,7 @@ void VirtualScreen::startWindowManager() {
     m_windowManager.setProcessEnvironment(environmentFor(m_home.url(), m_displayName));
     m_windowManager.setStandardErrorFile(QProcess::nullDevice());
     m_windowManager.start(windowManagerProgram, {"--sm-disable"});
-    if (!QTest::qWaitFor([&] { return !windowsNamedBy("_NET_SUPPORTING_WM_CHECK").empty(); }, patience)) {
+    if (!QTest::qWaitFor([&] { return hasWindowManager(); }, patience)) {
         throw std::runtime_error("the window manager does not start");
     }
 }
@@ -147,20 +147,20 @@ QImage VirtualScreen::picture() const {
     return borrowed.copy();
 }
 
-std::vector<unsigned long> VirtualScreen::windowsNamedBy(const char* rootProperty) const {
-    const Property windows =
-        property(m_display.get(), DefaultRootWindow(m_display.get()), rootProperty, XA_WINDOW);
-    const auto* first = static_cast<const unsigned long*>(windows.data.get());
-    return {first, first + windows.count};
+bool VirtualScreen::hasWindowManager() const {
+    Display* display = m_display.get();
+    return property(display, DefaultRootWindow(display), "_NET_SUPPORTING_WM_CHECK", XA_WINDOW).count > 0;
 }
 
 ScreenWindow VirtualScreen::activeWindow() const {
-    const auto active = windowsNamedBy("_NET_ACTIVE_WINDOW");
-    if (active.empty() || active.front() == 0) {
+    Display* display = m_display.get();
+    Window id = 0;
+    int revertTo = 0;
+    // Not _NET_ACTIVE_WINDOW, which names a window already before it is given the keyboard.
+    XGetInputFocus(display, &id, &revertTo);
+    if (id == None || id == PointerRoot) {
         return {};
     }
-    Display* display = m_display.get();
-    const Window id = active.front();
     const Atom utf8 = XInternAtom(display, "UTF8_STRING", False);
     ScreenWindow window;
     window.id = id;

@@ -67,7 +67,7 @@ private:
     void startServer();
     void startWindowManager();
     void key(Key key, bool isDown, std::chrono::milliseconds delay = {});
-    std::vector<unsigned long> windowsNamedBy(const char* rootProperty) const;
+    bool hasWindowManager() const;
 
     TemporaryFolder m_home; // the window manager's, so that it finds nobody's settings
     QProcess m_server;
