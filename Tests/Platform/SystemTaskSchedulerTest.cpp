@@ -102,7 +102,8 @@ private slots:
     void eachTaskHasAMarkOfItsOwn() {
         const Task first;
         const Task second;
-        const Task sameAsFirst = first;
+        Task sameAsFirst;
+        sameAsFirst = first;
         first.cancel();
         QVERIFY(sameAsFirst.isCancelled());
         QVERIFY(!second.isCancelled());

@@ -19,6 +19,7 @@ constexpr auto background = TaskPriority::Background;
 struct Loaded : CullingFixture {
     explicit Loaded(int count) {
         std::vector<std::string> photoNames;
+        photoNames.reserve(static_cast<std::size_t>(count));
         for (int index = 0; index < count; ++index) {
             photoNames.push_back("IMG_" + std::to_string(index) + ".jpg");
         }
