@@ -13,7 +13,7 @@ namespace Platform {
 namespace {
 
 // Near the end of each buffer libjpeg takes its slow path; beyond this size nothing more is gained.
-constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+constexpr std::size_t bufferSize = std::size_t{512} * 1024;
 
 // The coefficients of a progressive picture are all in memory at once.
 constexpr long maximumCoefficientBytes = 2L << 30;

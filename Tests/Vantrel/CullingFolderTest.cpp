@@ -96,6 +96,9 @@ private slots:
         OpenViewModel& viewModel = openPhotos(fixture);
         fixture.scheduler.runAll();
         viewModel.previousPhoto();
+        fixture.scheduler.advance(std::chrono::milliseconds(150));
+        fixture.scheduler.runAll();
+        QVERIFY(viewModel.imageCache().read(2).has_value());
         viewModel.cycleState();
         viewModel.setErrorMessage(QString("earlier"));
         fixture.open(others.url());
