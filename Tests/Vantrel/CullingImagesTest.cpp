@@ -66,6 +66,18 @@ private slots:
         QCOMPARE(loaded.scheduler.waiting(userInitiated), 1);
     }
 
+    void thePauseBeginsAnewWithEachNavigation() {
+        Loaded loaded(2);
+        loaded.scheduler.runAll();
+        loaded.model().navigateTo(1);
+        loaded.scheduler.advance(100ms);
+        loaded.model().navigateTo(1);
+        loaded.scheduler.advance(149ms);
+        QCOMPARE(loaded.scheduler.waiting(userInitiated), 0);
+        loaded.scheduler.advance(1ms);
+        QCOMPARE(loaded.scheduler.waiting(userInitiated), 1);
+    }
+
     void theLargeDecodeInTheCacheShowsAtOnceAndIsRepeated() {
         Loaded loaded(2);
         loaded.scheduler.runAll();
