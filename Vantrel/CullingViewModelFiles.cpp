@@ -1,7 +1,7 @@
 // What changes the folder on disk: moving marked photos, and deleting RAW files whose photo is gone.
 #include "Platform/FileManager.h"
-#include "Platform/LocalizedStandardCompare.h"
 #include "Vantrel/CullingViewModel.h"
+#include "Vantrel/NameOrder.h"
 
 #include <QStringList>
 
@@ -39,19 +39,12 @@ std::vector<FileURL> orphansAmong(const std::vector<FileURL>& entries, const std
         photoBaseNames.insert(photo.url().baseName());
     }
     std::vector<FileURL> orphans;
-    std::vector<std::string> names;
     for (const FileURL& entry : entries) {
         if (isRaw(entry) && !photoBaseNames.contains(entry.baseName())) {
             orphans.push_back(entry);
-            names.push_back(entry.lastPathComponent());
         }
     }
-    std::vector<FileURL> sorted;
-    sorted.reserve(orphans.size());
-    for (const std::size_t index : Platform::localizedStandardOrder(names)) {
-        sorted.push_back(orphans[index]);
-    }
-    return sorted;
+    return inNameOrder(orphans);
 }
 
 QString alertMessage(const std::vector<FileURL>& orphans) {

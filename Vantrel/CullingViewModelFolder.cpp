@@ -2,9 +2,12 @@
 #include "Platform/Bookmark.h"
 #include "Platform/FileManager.h"
 #include "Platform/FolderAccess.h"
-#include "Platform/LocalizedStandardCompare.h"
 #include "Vantrel/CullingViewModel.h"
 #include "Vantrel/LoadThumbnail.h"
+#include "Vantrel/NameOrder.h"
+
+#include <algorithm>
+#include <iterator>
 
 using Platform::FileURL;
 using Platform::Image;
@@ -21,17 +24,11 @@ bool isPhoto(const FileURL& entry) {
 
 std::vector<PhotoItem> photosAmong(const std::vector<FileURL>& entries) {
     std::vector<FileURL> photos;
-    std::vector<std::string> names;
-    for (const FileURL& entry : entries) {
-        if (isPhoto(entry)) {
-            photos.push_back(entry);
-            names.push_back(entry.lastPathComponent());
-        }
-    }
+    std::ranges::copy_if(entries, std::back_inserter(photos), isPhoto);
     std::vector<PhotoItem> items;
     items.reserve(photos.size());
-    for (const std::size_t index : Platform::localizedStandardOrder(names)) {
-        items.emplace_back(photos[index], ReviewState::unreviewed);
+    for (const FileURL& photo : inNameOrder(photos)) {
+        items.emplace_back(photo, ReviewState::unreviewed);
     }
     return items;
 }
