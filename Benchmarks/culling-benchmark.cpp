@@ -60,7 +60,7 @@ public:
 class Session {
 public:
     Session() {
-        setUpMainWindow(m_window, m_viewModel);
+        setUpMainWindow(m_window, m_viewModel, m_scheduler);
         m_window.resize(1440, 960);
         m_window.show();
         waitForFrame();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QObject>
+
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -31,13 +33,12 @@ private:
 ///
 /// detached() and sleep() are called on the main thread. What they deliver to must still be there then: an owner that
 /// may go cancels its tasks first.
-class TaskScheduler {
-public:
-    TaskScheduler() = default;
-    TaskScheduler(const TaskScheduler&) = delete;
-    TaskScheduler& operator=(const TaskScheduler&) = delete;
-    virtual ~TaskScheduler() = default;
+///
+/// An object, so that the screen can be handed one and pass it on.
+class TaskScheduler : public QObject {
+    Q_OBJECT
 
+public:
     /// Runs work(task) off the main thread and then hands its result to deliver(result) on the main thread.
     /// Work looks at task.isCancelled() now and then and may return anything once it is: the result is dropped.
     /// @return the task, new or the one given

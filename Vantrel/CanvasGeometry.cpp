@@ -21,22 +21,37 @@ double CanvasGeometry::fitScale() const {
         std::min(viewSize.height() / imageSize.height(), viewSize.width() / imageSize.width()), minScale);
 }
 
-void CanvasGeometry::resetToFit() {
+bool CanvasGeometry::resetToFit() {
     if (!isShowable()) {
-        return;
+        return false;
     }
     zoomScale = fitScale();
     lastComputedFitScale = zoomScale;
     imageOffset = {(viewSize.width() - imageSize.width() * zoomScale) * 0.5,
         (viewSize.height() - imageSize.height() * zoomScale) * 0.5};
+    return true;
 }
 
-void CanvasGeometry::clamp() {
+bool CanvasGeometry::clamp() {
     if (!isShowable()) {
-        return;
+        return false;
     }
     imageOffset = {clampedOffset(imageOffset.x(), viewSize.width(), imageSize.width() * zoomScale),
         clampedOffset(imageOffset.y(), viewSize.height(), imageSize.height() * zoomScale)};
+    return true;
+}
+
+void CanvasGeometry::updateFitTracking() {
+    if (isShowable()) {
+        lastComputedFitScale = fitScale();
+    }
+}
+
+void CanvasGeometry::zoom(double factor, QPointF about) {
+    const double newScale = std::max(std::min(zoomScale * factor, maxScale), minScale);
+    imageOffset = about - (about - imageOffset) * (newScale / zoomScale);
+    zoomScale = newScale;
+    lastComputedFitScale = 0;
 }
 
 void CanvasGeometry::resizeView(QSizeF size) {

@@ -5,7 +5,8 @@ import Vantrel
 ReviewKeys {
     id: root
 
-    property string resolutionInfo: ""
+    required property TaskScheduler taskScheduler
+    readonly property alias resolutionInfo: imageView.resolutionInfo
     readonly property real leastGap: 8
     readonly property bool hasPhotos: root.viewModel.photoCount > 0
     readonly property bool showsPhoto: root.hasPhotos && root.viewModel.hasCurrentImage
@@ -23,8 +24,10 @@ ReviewKeys {
         objectName: "imageView"
         anchors.fill: parent
         visible: root.showsPhoto
+        taskScheduler: root.taskScheduler
         image: root.viewModel.currentImage
         keepZoom: root.viewModel.isLockZoomFeatureEnabled && root.viewModel.keepZoom
+        fullResURL: root.viewModel.currentURL
 
         StateOverlay {
             objectName: "stateOverlay"

@@ -44,6 +44,7 @@ class CullingViewModel : public QObject {
     Q_PROPERTY(bool keepZoom READ keepZoom WRITE setKeepZoom NOTIFY keepZoomChanged FINAL)
     Q_PROPERTY(bool isLockZoomFeatureEnabled READ isLockZoomFeatureEnabled CONSTANT FINAL)
     Q_PROPERTY(bool isSyncRawFeatureEnabled READ isSyncRawFeatureEnabled CONSTANT FINAL)
+    Q_PROPERTY(Platform::FileURL currentURL READ currentURL NOTIFY currentPhotoChanged FINAL)
     Q_PROPERTY(QString currentPhotoTitle READ currentPhotoTitle NOTIFY currentPhotoChanged FINAL)
     Q_PROPERTY(bool isCurrentApproved READ isCurrentApproved NOTIFY currentPhotoChanged FINAL)
     Q_PROPERTY(bool isCurrentRejected READ isCurrentRejected NOTIFY currentPhotoChanged FINAL)

@@ -1,5 +1,6 @@
 #include "Vantrel/MainWindow.h"
 
+#include "Platform/Task.h"
 #include "Vantrel/CullingViewModel.h"
 
 #include <QGuiApplication>
@@ -24,14 +25,15 @@ QSize firstSize(const QWindow& window) {
 
 } // namespace
 
-void setUpMainWindow(QQuickView& window, CullingViewModel& viewModel) {
+void setUpMainWindow(QQuickView& window, CullingViewModel& viewModel, Platform::TaskScheduler& scheduler) {
     qml_register_types_Vantrel();
     window.setTitle(QGuiApplication::applicationDisplayName());
     window.setColor(Qt::black);
     window.setMinimumSize(leastContentSize);
     window.resize(firstSize(window));
     window.setResizeMode(QQuickView::SizeRootObjectToView);
-    window.setInitialProperties({{QStringLiteral("viewModel"), QVariant::fromValue(&viewModel)}});
+    window.setInitialProperties({{QStringLiteral("viewModel"), QVariant::fromValue(&viewModel)},
+        {QStringLiteral("taskScheduler"), QVariant::fromValue(&scheduler)}});
     window.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
     window.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Vantrel/ContentView.qml")));
 }

@@ -1,68 +1,239 @@
 #include "Vantrel/PhotoCanvasView.h"
 
-#include <QQuickWindow>
-#include <QSGImageNode>
+#include "Platform/ImageDecoder/ImageDecoder.h"
+#include "Vantrel/PhotoNode.h"
 
+#include <QPointer>
+
+#include <algorithm>
+#include <cmath>
 #include <memory>
+
+using Platform::FileURL;
+using Platform::Image;
+using Platform::Result;
+using Platform::Task;
+using Platform::TaskPriority;
 
 namespace {
 
-/// An image node that knows which image its texture was made of. Lives on the render thread.
-class PhotoNode : public QSGNode {
-public:
-    explicit PhotoNode(QSGImageNode* imageNode) : m_imageNode(imageNode) {
-        m_imageNode->setOwnsTexture(true);
-        m_imageNode->setFiltering(QSGTexture::Linear);
-        appendChildNode(m_imageNode);
-    }
+/// How long the wheel rests before a larger decode begins.
+constexpr std::chrono::milliseconds scrollLoadDelay{400};
 
-    void show(const Platform::Image& image, const QRectF& rect, QQuickWindow* window) {
-        if (m_image != image) {
-            m_imageNode->setTexture(
-                window->createTextureFromImage(image.pixels(), QQuickWindow::TextureIsOpaque));
-            m_image = image;
-        }
-        m_imageNode->setRect(rect);
+void cancel(const std::optional<Task>& task) {
+    if (task) {
+        task->cancel();
     }
+}
 
-private:
-    QSGImageNode* m_imageNode; // owned by the node tree
-    Platform::Image m_image;
-};
+QString label(qint64 level) {
+    switch (level) {
+    case 1200:
+        return QStringLiteral("1.6K");
+    case 2400:
+        return QStringLiteral("2.4K");
+    case 4096:
+        return QStringLiteral("4K");
+    case PhotoCanvasView::fullSize:
+        return QStringLiteral("Full");
+    default:
+        return QString::number(level / 1000) + QLatin1Char('K');
+    }
+}
+
+/// Whether a larger decode may stand in for a picture of the same file, which may have been written anew between the
+/// two decodes. Another shape would be distorted; one that breaks off where the picture did not would show less.
+bool canStandInFor(const Image& image, const Image& larger) {
+    const QSizeF size = image.size();
+    const QSizeF pixels = larger.pixels().size();
+    const double scale = std::max(size.width(), size.height()) / std::max(pixels.width(), pixels.height());
+    const QSizeF difference = pixels * scale - size;
+    const bool hasSameShape = std::abs(difference.width()) <= 1 && std::abs(difference.height()) <= 1;
+    return hasSameShape && (image.origin().isPartial || !larger.origin().isPartial);
+}
 
 } // namespace
 
-PhotoCanvasView::PhotoCanvasView(QQuickItem* parent) : QQuickItem(parent) {
+PhotoCanvasView::PhotoCanvasView(Platform::TaskScheduler& scheduler, QQuickItem* parent)
+    : QQuickItem(parent), m_scheduler(scheduler) {
     setFlag(ItemHasContents);
     setClip(true);
+    setAcceptedMouseButtons(Qt::LeftButton);
+    setAcceptTouchEvents(true);
 }
 
-void PhotoCanvasView::setImage(const Platform::Image& image) {
+void PhotoCanvasView::setOnResolutionChange(std::function<void(const QString&)> callback) {
+    m_onResolutionChange = std::move(callback);
+}
+
+void PhotoCanvasView::setImage(const Image& image) {
     if (m_image == image) {
         return;
     }
     m_image = image;
     m_geometry.imageSize = image.size();
     if (m_keepZoom) {
-        m_geometry.clamp();
+        clampAndRedraw();
     } else {
-        m_geometry.resetToFit();
+        resetToFit();
     }
     update();
 }
 
+void PhotoCanvasView::setFullResImageURL(const FileURL& url) {
+    if (m_fullResImageURL == url) {
+        return;
+    }
+    m_fullResImageURL = url;
+    cancel(m_loadTask);
+    m_loadTask.reset();
+    m_displayImage = Image();
+    m_loadedMaxPixels = handedInPixels;
+    emitResolution();
+    update();
+}
+
+const Image& PhotoCanvasView::activeDisplayImage() const {
+    return m_displayImage.isNull() ? m_image : m_displayImage;
+}
+
+// Geometry
+
+void PhotoCanvasView::clampAndRedraw() {
+    if (m_geometry.clamp()) {
+        update();
+    }
+}
+
+void PhotoCanvasView::resetToFit() {
+    if (m_geometry.resetToFit()) {
+        update();
+    }
+}
+
 void PhotoCanvasView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
-    m_geometry.resizeView(newGeometry.size());
+    setFrameSize(newGeometry.size());
+}
+
+void PhotoCanvasView::setFrameSize(QSizeF size) {
+    m_geometry.resizeView(size);
     update();
+}
+
+void PhotoCanvasView::handleMagnify() {
+    if (m_image.isNull()) {
+        return;
+    }
+    switch (m_pinch.state()) {
+    case GestureState::began:
+    case GestureState::changed:
+        m_geometry.zoom(1 + m_pinch.magnification(), m_pinch.location());
+        m_pinch.setMagnification(0);
+        clampAndRedraw();
+        break;
+    case GestureState::ended:
+    case GestureState::cancelled:
+        m_geometry.updateFitTracking();
+        loadForCurrentZoom();
+        break;
+    default:
+        break;
+    }
+}
+
+void PhotoCanvasView::handlePan() {
+    if (m_image.isNull() || m_pan.state() != GestureState::changed) {
+        return;
+    }
+    m_geometry.imageOffset += m_pan.translation();
+    m_pan.setTranslation({});
+    clampAndRedraw();
+}
+
+void PhotoCanvasView::scrollWheel(const ScrollEvent& event) {
+    constexpr double zoomPerDelta = 0.002;
+    constexpr double pointsPerLineDelta = 3;
+    if (event.isControlPressed) {
+        loadAfterScrolling();
+        m_geometry.zoom(1 + event.deltaY * zoomPerDelta, upward(event.position));
+    } else {
+        const double points = event.hasPreciseScrollingDeltas ? 1 : pointsPerLineDelta;
+        m_geometry.imageOffset += QPointF(event.scrollingDelta.x(), -event.scrollingDelta.y()) * points;
+    }
+    clampAndRedraw();
+}
+
+/// The geometry's vertical axis grows upward, the item's downward.
+QPointF PhotoCanvasView::upward(QPointF itemPosition) const {
+    return {itemPosition.x(), m_geometry.viewSize.height() - itemPosition.y()};
 }
 
 QRectF PhotoCanvasView::imageRect() const {
     const QSizeF shown = m_geometry.imageSize * m_geometry.zoomScale;
-    // The geometry's vertical axis grows upward, the item's downward.
-    const double top = m_geometry.viewSize.height() - m_geometry.imageOffset.y() - shown.height();
-    return {QPointF(m_geometry.imageOffset.x(), top), shown};
+    return {upward(m_geometry.imageOffset) - QPointF(0, shown.height()), shown};
 }
+
+// Resolution
+
+qint64 PhotoCanvasView::neededPixels() const {
+    const QSizeF size = m_geometry.imageSize;
+    return static_cast<qint64>(std::ceil(m_geometry.zoomScale * std::max(size.width(), size.height())));
+}
+
+qint64 PhotoCanvasView::resolutionFor(qint64 needed) {
+    const auto level =
+        std::ranges::find_if(resolutionLevels, [&](qint64 pixels) { return pixels >= needed; });
+    return level == std::end(resolutionLevels) ? fullSize : *level;
+}
+
+void PhotoCanvasView::loadForCurrentZoom() {
+    const qint64 needed = neededPixels();
+    if (m_fullResImageURL.isEmpty() || m_image.isNull() || needed <= handedInPixels) {
+        return;
+    }
+    const qint64 target = resolutionFor(needed);
+    // The full size stands below every level: zoomed back, it gives way to a smaller decode.
+    const bool isOnScreen = target == fullSize ? m_loadedMaxPixels == fullSize : m_loadedMaxPixels >= target;
+    if (isOnScreen) {
+        return;
+    }
+    cancel(m_loadTask);
+    const auto work = [url = m_fullResImageURL,
+                          maxPixelSize = target == fullSize ? 0 : static_cast<int>(target)](
+                          const Task& task) { return Platform::decodeImage(url, maxPixelSize, task); };
+    const auto deliver = [view = QPointer(this), url = m_fullResImageURL, image = m_image, target](
+                             const Result<Image>& decoded) {
+        if (view && view->m_fullResImageURL == url && decoded && canStandInFor(image, *decoded)) {
+            view->show(decoded->withSize(image.size()), target);
+        }
+    };
+    m_loadTask = m_scheduler.detached(TaskPriority::UserInitiated, work, deliver);
+}
+
+void PhotoCanvasView::show(const Image& largerDecode, qint64 level) {
+    m_displayImage = largerDecode;
+    m_loadedMaxPixels = level;
+    emitResolution();
+    update();
+}
+
+void PhotoCanvasView::loadAfterScrolling() {
+    cancel(m_scrollLoadDebounceTask);
+    m_scrollLoadDebounceTask = m_scheduler.sleep(scrollLoadDelay, [view = QPointer(this)] {
+        if (view) {
+            view->loadForCurrentZoom();
+        }
+    });
+}
+
+void PhotoCanvasView::emitResolution() {
+    if (m_onResolutionChange) {
+        m_onResolutionChange(label(m_loadedMaxPixels));
+    }
+}
+
+// Drawing
 
 QSGNode* PhotoCanvasView::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
     std::unique_ptr<PhotoNode> node(static_cast<PhotoNode*>(oldNode));
@@ -70,8 +241,10 @@ QSGNode* PhotoCanvasView::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*
         return nullptr;
     }
     if (!node) {
-        node = std::make_unique<PhotoNode>(window()->createImageNode());
+        node = std::make_unique<PhotoNode>(*window());
     }
-    node->show(m_image, imageRect(), window());
+    if (!node->show(m_image, m_displayImage, imageRect(), m_geometry.viewSize)) {
+        QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
+    }
     return node.release();
 }

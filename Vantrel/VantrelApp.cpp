@@ -3,7 +3,7 @@
 #include "Vantrel/MainWindow.h"
 
 VantrelApp::VantrelApp() {
-    setUpMainWindow(m_window, m_viewModel);
+    setUpMainWindow(m_window, m_viewModel, m_scheduler);
 }
 
 void VantrelApp::show() {

@@ -4,6 +4,8 @@
 #include "Platform/ImageDecoder/OtherPhoto.h"
 #include "Platform/ImageDecoder/ReadOnlyFile.h"
 
+#include <algorithm>
+
 namespace Platform {
 
 namespace {
@@ -17,6 +19,13 @@ Error failure(const ReadOnlyFile& file, const Task& task) {
         return Error::ofSystemCall(QStringLiteral("“%1” could not be read"), file.name(), file.errorCode());
     }
     return Error(QStringLiteral("“%1” is not a picture that can be read.").arg(displayText(file.name())));
+}
+
+/// A picture as long as the bound may be smaller than its photo; one at the end of whose file the decoder wanted more
+/// may lack its last rows.
+Image::Origin origin(const QImage& pixels, int maxPixelSize, const ReadOnlyFile& file) {
+    const bool isReduced = std::max(pixels.width(), pixels.height()) == maxPixelSize;
+    return {.isReduced = isReduced, .isPartial = file.isExhausted()};
 }
 
 } // namespace
@@ -33,7 +42,10 @@ Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task
     if (!pixels) {
         return pixels.error();
     }
-    return pixels->isNull() ? Result<Image>(failure(*file, task)) : Result<Image>(Image(*pixels));
+    if (pixels->isNull()) {
+        return failure(*file, task);
+    }
+    return Image(*pixels, origin(*pixels, maxPixelSize, *file), task);
 }
 
 } // namespace Platform

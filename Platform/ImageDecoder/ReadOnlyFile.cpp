@@ -48,6 +48,7 @@ std::size_t ReadOnlyFile::read(void* buffer, std::size_t size) {
         }
         filled += static_cast<std::size_t>(count);
     }
+    m_isExhausted = m_isExhausted || filled == 0;
     return filled;
 }
 

@@ -35,6 +35,9 @@ public:
     /// errno of the first read that failed, or 0 where none did.
     int errorCode() const { return m_errorCode; }
 
+    /// Whether more was asked for when nothing was left, or could not be read.
+    bool isExhausted() const { return m_isExhausted; }
+
 private:
     ReadOnlyFile(FileDescriptor descriptor, qint64 size, std::string name)
         : m_descriptor(std::move(descriptor)), m_size(size), m_name(std::move(name)) {}
@@ -43,6 +46,7 @@ private:
     qint64 m_size;
     std::string m_name;
     int m_errorCode = 0;
+    bool m_isExhausted = false;
 };
 
 } // namespace Platform

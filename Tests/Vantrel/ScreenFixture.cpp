@@ -9,7 +9,7 @@
 ScreenFixture::ScreenFixture(CullingViewModel::FeatureFlags features)
     : window(std::make_unique<QQuickView>()) {
     start(features);
-    setUpMainWindow(*window, *viewModel);
+    setUpMainWindow(*window, *viewModel, scheduler);
     window->show();
     window->requestActivate();
     if (!QTest::qWaitForWindowActive(window.get())) {
@@ -21,8 +21,23 @@ ScreenFixture::~ScreenFixture() {
     window.reset(); // before the view model, which it shows
 }
 
+template <typename Predicate>
+QQuickItem* ScreenFixture::firstItem(Predicate isWanted) const {
+    std::vector<QQuickItem*> open{window->contentItem()};
+    while (!open.empty()) {
+        QQuickItem* candidate = open.back();
+        open.pop_back();
+        if (isWanted(*candidate)) {
+            return candidate;
+        }
+        const auto children = candidate->childItems();
+        open.insert(open.end(), children.begin(), children.end());
+    }
+    return nullptr;
+}
+
 QQuickItem* ScreenFixture::item(const char* objectName) const {
-    return window->rootObject()->findChild<QQuickItem*>(QLatin1String(objectName));
+    return firstItem([&](const QQuickItem& item) { return item.objectName() == QLatin1String(objectName); });
 }
 
 bool ScreenFixture::isShown(const char* objectName) const {
@@ -44,17 +59,9 @@ void ScreenFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
 }
 
 QQuickItem* ScreenFixture::button(const QString& text) const {
-    std::vector<QQuickItem*> open{window->contentItem()};
-    while (!open.empty()) {
-        QQuickItem* candidate = open.back();
-        open.pop_back();
-        if (candidate->inherits("QQuickAbstractButton") && candidate->property("text") == text) {
-            return candidate;
-        }
-        const auto children = candidate->childItems();
-        open.insert(open.end(), children.begin(), children.end());
-    }
-    return nullptr;
+    return firstItem([&](const QQuickItem& item) {
+        return item.inherits("QQuickAbstractButton") && item.property("text") == text;
+    });
 }
 
 void ScreenFixture::click(const QString& buttonText) {

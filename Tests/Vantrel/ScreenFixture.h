@@ -13,7 +13,7 @@ struct ScreenFixture : CullingFixture {
 
     OpenViewModel& model() { return *viewModel; }
 
-    /// The item of that objectName, or nullptr.
+    /// The item of that objectName that is in the scene, visible or not; nullptr where there is none.
     QQuickItem* item(const char* objectName) const;
 
     /// Whether the item of that name is on the screen.
@@ -35,4 +35,8 @@ struct ScreenFixture : CullingFixture {
     QQuickItem* button(const QString& text) const;
 
     std::unique_ptr<QQuickView> window;
+
+private:
+    template <typename Predicate>
+    QQuickItem* firstItem(Predicate isWanted) const;
 };
