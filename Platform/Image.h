@@ -15,7 +15,7 @@ namespace Platform {
 /// are the same object: equal pixels of two decodes are two images. Any thread may hold and read it.
 ///
 /// A large picture brings its halves along, so that it can be drawn small without aliasing; they add a third to its
-/// memory.
+/// memory (more for one that is a few pixels wide).
 class Image {
     Q_GADGET
 

@@ -67,7 +67,11 @@ void PhotoCanvasView::touchEvent(QTouchEvent* event) {
             fingers.push_back(upward(point.position()));
         }
     }
-    m_touches.follow(fingers);
+    if (event->touchPointStates() & (QEventPoint::Pressed | QEventPoint::Released)) {
+        m_touches.place(fingers);
+    } else {
+        m_touches.follow(fingers);
+    }
 }
 
 void PhotoCanvasView::touchUngrabEvent() {

@@ -13,10 +13,10 @@ bool hasPixelDeltas(const QWheelEvent& event) {
     return !event.pixelDelta().isNull() && QGuiApplication::platformName() != QLatin1String("xcb");
 }
 
-/// High-resolution wheels give fractions of a notch; a device may give nothing but points.
+/// High-resolution wheels turn by fractions of a notch.
 QPointF notchesOf(const QWheelEvent& event) {
-    return event.angleDelta().isNull() ? QPointF(event.pixelDelta()) / pointsOfNotch
-                                       : QPointF(event.angleDelta()) / QWheelEvent::DefaultDeltasPerStep;
+    return hasPixelDeltas(event) ? QPointF(event.pixelDelta()) / pointsOfNotch
+                                 : QPointF(event.angleDelta()) / QWheelEvent::DefaultDeltasPerStep;
 }
 
 } // namespace

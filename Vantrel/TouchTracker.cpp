@@ -20,18 +20,22 @@ double spreadOf(const std::vector<QPointF>& fingers, QPointF centre) {
 
 } // namespace
 
-void TouchTracker::follow(const std::vector<QPointF>& fingers) {
+void TouchTracker::place(const std::vector<QPointF>& fingers) {
     if (fingers.size() < 2) {
         m_pinch.end();
     }
     if (fingers.empty()) {
         m_pan.end();
-        m_count = 0;
-        return;
     }
-    const QPointF centre = centreOf(fingers);
-    const double spread = spreadOf(fingers, centre);
-    if (fingers.size() == m_count) {
+    m_count = fingers.size();
+    m_centre = fingers.empty() ? QPointF() : centreOf(fingers);
+    m_spread = fingers.empty() ? 0 : spreadOf(fingers, m_centre);
+}
+
+void TouchTracker::follow(const std::vector<QPointF>& fingers) {
+    if (fingers.size() == m_count && !fingers.empty()) {
+        const QPointF centre = centreOf(fingers);
+        const double spread = spreadOf(fingers, centre);
         if (centre != m_centre) {
             m_pan.move(centre - m_centre);
         }
@@ -39,9 +43,7 @@ void TouchTracker::follow(const std::vector<QPointF>& fingers) {
             m_pinch.magnify(spread / m_spread, centre);
         }
     }
-    m_count = fingers.size();
-    m_centre = centre;
-    m_spread = spread;
+    place(fingers);
 }
 
 void TouchTracker::cancel() {

@@ -14,7 +14,11 @@ public:
     TouchTracker(PanGestureRecognizer& pan, MagnificationGestureRecognizer& pinch)
         : m_pan(pan), m_pinch(pinch) {}
 
-    /// Where the fingers on the screen are now, in the coordinates of the view; none where all have left.
+    /// Fingers have come or gone: where all those on the screen are now, in the coordinates of the view; none where all
+    /// have left.
+    void place(const std::vector<QPointF>& fingers);
+
+    /// The fingers have moved to there, in the order in which they were placed. Another number of them is placed anew.
     void follow(const std::vector<QPointF>& fingers);
 
     /// The system took the fingers away.

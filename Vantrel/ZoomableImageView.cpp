@@ -48,7 +48,6 @@ void ZoomableImageView::writeResolutionInfo(const QString& label) {
 void ZoomableImageView::makeCanvas() {
     m_canvas = new PhotoCanvasView(*m_taskScheduler, this);
     m_canvas->setZ(-1); // behind what the screen lays over it
-    m_canvas->setSize(size());
     m_canvas->setOnResolutionChange([this](const QString& label) {
         QMetaObject::invokeMethod(
             this, [this, label] { writeResolutionInfo(label); }, Qt::QueuedConnection);
@@ -80,4 +79,5 @@ void ZoomableImageView::updatePolish() {
     m_canvas->setKeepZoom(m_keepZoom);
     m_canvas->setFullResImageURL(m_fullResURL);
     m_canvas->setImage(m_image);
+    m_canvas->setSize(size()); // a new canvas gets its size after its first photo, and so fits it
 }

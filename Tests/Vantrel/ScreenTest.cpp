@@ -1,4 +1,5 @@
 #include "Tests/Vantrel/ScreenFixture.h"
+#include "Vantrel/PhotoCanvasView.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -304,9 +305,44 @@ private slots:
     }
 
     void beforeAResolutionIsReportedTheStatusBarShowsOnlyTheName() {
-        Screen screen(threePhotos);
+        Screen screen;
+        screen.photos.write("a.jpg", "no picture");
+        screen.model().loadFolder(screen.photos.url());
+        screen.scheduler.runAll();
+        screen.picture();
+        QCoreApplication::processEvents();
         QVERIFY(hasText(screen, "floatingStatusBar", "a.jpg"));
         QVERIFY(!hasText(screen, "floatingStatusBar", "|"));
+    }
+
+    void theStatusBarNamesTheResolutionOnScreen() {
+        Screen screen(threePhotos); // of 1500 pixels, in a window narrower than 1200 points
+        screen.window->resize(1000, 700);
+        QTRY_VERIFY(hasText(screen, "floatingStatusBar", "1.6K"));
+        QVERIFY(hasText(screen, "floatingStatusBar", "|"));
+        zoomIn(screen, 5);
+        screen.scheduler.advance(std::chrono::milliseconds(400));
+        screen.scheduler.runAll();
+        QTRY_VERIFY(hasText(screen, "floatingStatusBar", "2.4K"));
+        screen.press(Qt::Key_Right);
+        screen.scheduler.runAll();
+        QTRY_VERIFY(hasText(screen, "floatingStatusBar", "1.6K"));
+    }
+
+    void aDragThatStartsOnAPanelDoesNotMoveThePhoto() {
+        Screen screen(threePhotos);
+        screen.window->resize(1000, 700);
+        screen.picture();
+        zoomIn(screen, 10);
+        const auto* canvas = screen.item("imageView")->findChild<PhotoCanvasView*>();
+        const QPointF before = canvas->geometry().imageOffset;
+        const QQuickItem* panel = screen.item("floatingStatusBar");
+        const QPoint start = panel->mapToScene({5, 5}).toPoint();
+        QTest::mousePress(screen.window.get(), Qt::LeftButton, Qt::NoModifier, start);
+        QTest::mouseMove(screen.window.get(), start + QPoint(50, -50));
+        QTest::mouseMove(screen.window.get(), start + QPoint(150, -150));
+        QTest::mouseRelease(screen.window.get(), Qt::LeftButton, Qt::NoModifier, start + QPoint(150, -150));
+        QCOMPARE(canvas->geometry().imageOffset, before);
     }
 
     void withTheFeaturesOffTheirGroupsAreAbsent() {
@@ -417,6 +453,15 @@ private slots:
     }
 
 private:
+    static void zoomIn(Screen& screen, int notches) {
+        const QPointF centre = QRectF(QPointF(), screen.window->size()).center();
+        for (int notch = 0; notch < notches; ++notch) {
+            QWheelEvent event(centre, centre, QPoint(), {0, 120}, Qt::NoButton, Qt::ControlModifier,
+                Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(screen.window.get(), &event);
+        }
+    }
+
     /// Whether the window takes the key.
     static bool sends(Screen& screen, int key) {
         QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
