@@ -1,5 +1,7 @@
 #include "Platform/Halving.h"
 
+#include "Platform/PixelMemory.h"
+
 #include <algorithm>
 
 namespace Platform {
@@ -31,7 +33,7 @@ void halveRows(const quint32* upper, const quint32* lower, int width, quint32* t
 } // namespace
 
 QImage halved(const QImage& picture, const Task& task) {
-    QImage half((picture.width() + 1) / 2, (picture.height() + 1) / 2, QImage::Format_RGB32);
+    QImage half = undefinedPicture({(picture.width() + 1) / 2, (picture.height() + 1) / 2});
     if (half.isNull()) {
         return half;
     }

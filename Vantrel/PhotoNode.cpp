@@ -102,7 +102,10 @@ private:
 
     void placeTiles(const PhotoTiling& tiling) {
         const bool isCrisp = tiling.isCrisp() && !m_image.origin().isReduced;
-        m_levels[static_cast<std::size_t>(tiling.finerLevel())]->setOpacity(tiling.finerShare());
+        for (std::size_t level = 0; level < m_levels.size(); ++level) {
+            const bool isFiner = static_cast<int>(level) == tiling.finerLevel();
+            m_levels[level]->setOpacity(isFiner ? tiling.finerShare() : 1);
+        }
         for (const auto& [tile, node] : m_tiles) {
             const PhotoTiling::Place place = tiling.place(tile);
             node->setRect(place.target);

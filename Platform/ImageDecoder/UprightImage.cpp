@@ -1,6 +1,7 @@
 #include "Platform/ImageDecoder/UprightImage.h"
 
 #include "Platform/ImageDecoder/RowSource.h"
+#include "Platform/PixelMemory.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -30,7 +31,7 @@ bool runsBackwardsDown(int orientation) {
 } // namespace
 
 UprightImage::UprightImage(QSize size, int orientation)
-    : m_size(size), m_image(isTransposed(orientation) ? size.transposed() : size, QImage::Format_RGB32) {
+    : m_size(size), m_image(undefinedPicture(isTransposed(orientation) ? size.transposed() : size)) {
     if (isNull()) {
         return;
     }

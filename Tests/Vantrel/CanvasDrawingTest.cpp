@@ -80,6 +80,16 @@ private slots:
         }
     }
 
+    void aFlatPhotoStaysFlatOnTheWayThroughItsLevels() {
+        DrawnCanvas view;
+        const QImage photo = plain({2600, 2300}, Qt::white);
+        view.canvas->setImage(Image(photo));
+        for (const double zoom : {0.9, 0.6, 0.26, 0.14, 0.2, 0.3, 0.52, 0.8, 1.3, 0.4}) {
+            view.zoomTo(zoom, photo);
+            QCOMPARE(greatestDifference(view.picture(), view.drawnAtOnce(photo), view.photoPixels()), 0);
+        }
+    }
+
     void aPhotoInTilesLooksAsIfDrawnAtOnce_data() { addZooms(); }
     void aPhotoInTilesLooksAsIfDrawnAtOnce() {
         QFETCH(double, zoom);
