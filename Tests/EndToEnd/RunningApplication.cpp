@@ -4,10 +4,18 @@
 
 using Platform::FileURL;
 
-RunningApplication::RunningApplication(const VirtualScreen& screen, const FileURL& home) : m_screen(screen) {
+RunningApplication::RunningApplication(const VirtualScreen& screen, const FileURL& home, Renderer renderer)
+    : m_screen(screen) {
     auto environment = environmentFor(home, screen.displayName());
     environment.insert("QT_QPA_PLATFORM", "xcb");
-    environment.insert("QT_QUICK_BACKEND", "software");
+    if (renderer == Renderer::Software) {
+        environment.insert("QT_QUICK_BACKEND", "software");
+    } else {
+        environment.insert("QSG_RHI_BACKEND", "opengl");
+        environment.insert("LIBGL_ALWAYS_SOFTWARE", "1");
+        environment.insert("QML_DISABLE_DISTANCEFIELD", "1"); // letters as the painter draws them, to be read
+        environment.insert("QSG_INFO", "1");                  // tells what really draws
+    }
     environment.insert("QT_FORCE_STDERR_LOGGING", "1");
     m_process.setProcessEnvironment(environment);
     endWithThisProcessAndHeedPermissions(m_process);

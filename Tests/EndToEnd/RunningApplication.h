@@ -3,12 +3,15 @@
 #include "Tests/EndToEnd/ChildProcess.h"
 #include "Tests/EndToEnd/VirtualScreen.h"
 
+/// What draws the application's windows: Qt's painter, or OpenGL, which the processor computes here.
+enum class Renderer { Software, OpenGL };
+
 /// The application as users start it, on a virtual screen. It is killed at the end of its scope where it
 /// still runs.
 class RunningApplication {
 public:
     /// Starts it with that home folder, where its settings are found and left.
-    RunningApplication(const VirtualScreen& screen, const Platform::FileURL& home);
+    RunningApplication(const VirtualScreen& screen, const Platform::FileURL& home, Renderer renderer);
     ~RunningApplication();
     RunningApplication(const RunningApplication&) = delete;
     RunningApplication& operator=(const RunningApplication&) = delete;

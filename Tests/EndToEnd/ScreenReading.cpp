@@ -1,9 +1,15 @@
 #include "Tests/EndToEnd/ScreenReading.h"
 
+#include <QFont>
+#include <QFontMetrics>
+#include <QPainter>
+
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace {
@@ -172,11 +178,89 @@ QString messageInWords(const QImage& window) {
     return QStringLiteral("something else");
 }
 
+/// The text as the status bar writes it, white on black, with the empty space on both sides.
+QImage resolutionPattern(const QString& text) {
+    constexpr int gap = 5;
+    QFont font(QStringLiteral("monospace"));
+    font.setPixelSize(11);
+    const QFontMetrics metrics(font);
+    QImage pattern(metrics.horizontalAdvance(text) + 2 * gap, metrics.height(), QImage::Format_Grayscale8);
+    pattern.fill(Qt::black);
+    QPainter painter(&pattern);
+    painter.setFont(font);
+    painter.setPen(Qt::white);
+    painter.drawText(gap, metrics.ascent(), text);
+    return pattern;
+}
+
+/// The end of the status bar, behind the file's name, without what shines through the panel.
+QImage resolutionPlace(const QImage& window) {
+    constexpr uchar brightestPanel = 70;
+    QImage place = window.copy(228, window.height() - 50, 100, 42).convertToFormat(QImage::Format_Grayscale8);
+    for (int y = 0; y < place.height(); ++y) {
+        const std::span line(place.scanLine(y), static_cast<std::size_t>(place.width()));
+        for (uchar& pixel : line) {
+            pixel = std::max(pixel, brightestPanel);
+        }
+    }
+    return place;
+}
+
+/// How alike the pattern and the part of the picture there are, whatever their brightness and contrast: 1 is the same.
+double correlation(const QImage& picture, QPoint place, const QImage& pattern) {
+    double sumA = 0;
+    double sumB = 0;
+    double sumAA = 0;
+    double sumBB = 0;
+    double sumAB = 0;
+    for (int y = 0; y < pattern.height(); ++y) {
+        for (int x = 0; x < pattern.width(); ++x) {
+            const double a = picture.constScanLine(place.y() + y)[place.x() + x];
+            const double b = pattern.constScanLine(y)[x];
+            sumA += a;
+            sumB += b;
+            sumAA += a * a;
+            sumBB += b * b;
+            sumAB += a * b;
+        }
+    }
+    const double count = double(pattern.width()) * pattern.height();
+    const double spread = (sumAA - sumA * sumA / count) * (sumBB - sumB * sumB / count);
+    return spread > 0 ? (sumAB - sumA * sumB / count) / std::sqrt(spread) : 0;
+}
+
+/// The same for the part of the picture that is most like the pattern.
+double bestCorrelation(const QImage& picture, const QImage& pattern) {
+    double best = 0;
+    for (int y = 0; y + pattern.height() <= picture.height(); ++y) {
+        for (int x = 0; x + pattern.width() <= picture.width(); ++x) {
+            best = std::max(best, correlation(picture, {x, y}, pattern));
+        }
+    }
+    return best;
+}
+
 } // namespace
 
 QColor readablePhotoColor(int index) {
     // Steps of the golden angle keep neighbours far apart in hue.
     return QColor::fromHsv((index * 137) % 360, 120, 140);
+}
+
+QString resolutionIn(const QImage& window) {
+    constexpr double leastCorrelation = 0.7;
+    const QImage place = resolutionPlace(window);
+    QString read = QStringLiteral("nothing readable");
+    double best = leastCorrelation;
+    for (const char* label : {"1.6K", "2.4K", "4K", "Full"}) {
+        const QString text = QString::fromLatin1(label);
+        const double likeness = bestCorrelation(place, resolutionPattern(text));
+        if (likeness > best) {
+            best = likeness;
+            read = text;
+        }
+    }
+    return read;
 }
 
 QString seenIn(const QImage& window) {

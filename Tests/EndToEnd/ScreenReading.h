@@ -19,3 +19,7 @@ QColor readablePhotoColor(int index);
 /// panels of a folder with photos are there;
 /// - "something else".
 QString seenIn(const QImage& window);
+
+/// The resolution that the status bar names: "1.6K", "2.4K", "4K" or "Full"; "nothing readable" where it is none of
+/// them. Needs a QGuiApplication, for the fonts.
+QString resolutionIn(const QImage& window);

@@ -1,34 +1,25 @@
 #include "Tests/EndToEnd/ChildProcess.h"
 #include "Tests/EndToEnd/FolderContent.h"
-#include "Tests/EndToEnd/RunningApplication.h"
 #include "Tests/EndToEnd/ScreenReading.h"
-#include "Tests/EndToEnd/VirtualScreen.h"
+#include "Tests/EndToEnd/SessionFixture.h"
 #include "Tests/Vantrel/CullingFixture.h"
 
 #include <QDeadlineTimer>
-#include <QDir>
 #include <QTest>
 
 #include <X11/keysym.h>
 
 #include <filesystem>
-#include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 using Platform::FileURL;
-
-/// What the user sees in the main window is, at once or soon, what the words say.
-#define SEES(words)                                                                                          \
-    QTRY_COMPARE_WITH_TIMEOUT(seenIn(m_application->picture()), QStringLiteral(words), patience)
 
 /// The folder holds, at once or soon, these files of these contents.
 #define HOLDS(folder, files) QTRY_COMPARE_WITH_TIMEOUT(checksumsIn(folder), files, patience)
 
 namespace {
 
-const std::vector<Key> openFolderKeys = {XK_Control_L, XK_o};
 const std::vector<Key> undoKeys = {XK_Control_L, XK_z};
 const std::vector<Key> moveApprovedKeys = {XK_Control_L, XK_a};
 const std::vector<Key> moveRejectedKeys = {XK_Control_L, XK_r};
@@ -65,37 +56,11 @@ private:
 
 } // namespace
 
-/// Whole sessions with the program as it is delivered: real key presses on a virtual screen, and then what is
-/// seen on that screen and what lies on the disk.
-class SessionTest : public QObject {
+/// Folders opened and remembered, photos walked through, marked and moved.
+class SessionTest : public SessionFixture {
     Q_OBJECT
 
 private slots:
-    void initTestCase() {
-        if (const QString lacking = VirtualScreen::lacking(); !lacking.isEmpty()) {
-            QSKIP(qPrintable(lacking));
-        }
-        m_screen.emplace();
-    }
-
-    void init() {
-        m_home.emplace();
-        m_photos.emplace();
-    }
-
-    void cleanup() {
-        const QString messages = m_application ? m_application->messages() : QString();
-        if (QTest::currentTestFailed() && m_application) {
-            keepScreenshot();
-            qInfo("the application %s and wrote: %s", qPrintable(m_application->ending()),
-                qPrintable(messages));
-        }
-        m_application.reset();
-        m_photos.reset();
-        m_home.reset();
-        QVERIFY2(!messages.contains("qrc:"), qPrintable(messages)); // the screen's code complains of nothing
-    }
-
     void aFolderIsOpenedWalkedThroughMarkedAndMoved() {
         writePhotos(cameraNames(6));
         const QStringList before = checksumsIn(m_photos->url());
@@ -335,40 +300,6 @@ private:
         }
     }
 
-    /// Starts the application, for the first time or again.
-    bool start() {
-        m_application.reset();
-        m_application = std::make_unique<RunningApplication>(*m_screen, m_home->url());
-        return m_application->waitUntilReady();
-    }
-
-    /// Presses one key after the other.
-    void press(const std::vector<Key>& keys) {
-        for (const Key key : keys) {
-            m_screen->press({key});
-        }
-    }
-
-    bool showChooser() {
-        m_screen->press(openFolderKeys);
-        const QString title = QStringLiteral("Select a folder containing JPG images to review.");
-        return QTest::qWaitFor([&] { return m_application->isInFront(title); }, patience);
-    }
-
-    bool isInFrontSoon() {
-        return QTest::qWaitFor([&] { return m_application->isInFront(); }, patience);
-    }
-
-    /// Opens a folder by way of the chooser, which has the keys until the screen shows what is in the folder.
-    bool openFolder(const FileURL& folder) {
-        if (!showChooser()) {
-            return false;
-        }
-        m_screen->type(folder.path().native());
-        press({XK_Return});
-        return isInFrontSoon();
-    }
-
     bool cancelChooser() {
         if (!showChooser()) {
             return false;
@@ -394,19 +325,6 @@ private:
         }
         return false;
     }
-
-    void keepScreenshot() {
-        const QDir folder(QStringLiteral(SCREENSHOT_FOLDER));
-        const QString file = folder.filePath(QLatin1String(QTest::currentTestFunction()) + ".png");
-        if (m_screen && folder.mkpath(".") && m_screen->picture().save(file)) {
-            qInfo("screenshot: %s", qPrintable(file));
-        }
-    }
-
-    std::optional<VirtualScreen> m_screen;
-    std::optional<TemporaryFolder> m_home;
-    std::optional<TemporaryFolder> m_photos;
-    std::unique_ptr<RunningApplication> m_application;
 };
 
 QTEST_GUILESS_MAIN(SessionTest)

@@ -5,6 +5,7 @@
 #include <QStandardPaths>
 #include <QTest>
 
+#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -202,6 +203,50 @@ void VirtualScreen::type(const std::string& text) {
         } else {
             press({sign});
         }
+    }
+}
+
+void VirtualScreen::movePointer(QPoint position) {
+    XTestFakeMotionEvent(
+        m_display.get(), DefaultScreen(m_display.get()), position.x(), position.y(), CurrentTime);
+    XFlush(m_display.get());
+}
+
+void VirtualScreen::drag(QPoint from, QPoint way) {
+    constexpr int steps = 10;
+    constexpr unsigned long stepTime = 8; // ms, as mice report
+    Display* display = m_display.get();
+    movePointer(from);
+    XTestFakeButtonEvent(display, Button1, True, CurrentTime);
+    for (int step = 1; step <= steps; ++step) {
+        const QPoint position = from + way * step / steps;
+        XTestFakeMotionEvent(display, DefaultScreen(display), position.x(), position.y(), stepTime);
+    }
+    XTestFakeButtonEvent(display, Button1, False, CurrentTime);
+    XFlush(display);
+}
+
+void VirtualScreen::turnWheel(int notches, const std::vector<Key>& held) {
+    for (const Key part : held) {
+        key(part, true);
+    }
+    click(notches > 0 ? Button4 : Button5, std::abs(notches));
+    for (const Key part : held) {
+        key(part, false);
+    }
+    XFlush(m_display.get());
+}
+
+void VirtualScreen::tiltWheelLeft(int notches) {
+    constexpr unsigned int tiltedLeft = 6; // has no name in Xlib
+    click(tiltedLeft, notches);
+    XFlush(m_display.get());
+}
+
+void VirtualScreen::click(unsigned int button, int count) {
+    for (int clicked = 0; clicked < count; ++clicked) {
+        XTestFakeButtonEvent(m_display.get(), button, True, CurrentTime);
+        XTestFakeButtonEvent(m_display.get(), button, False, CurrentTime);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <QImage>
+#include <QPoint>
 #include <QProcess>
 #include <QRect>
 #include <QString>
@@ -56,6 +57,18 @@ public:
     /// Types a text that has only characters of an English keyboard.
     void type(const std::string& text);
 
+    /// Moves the pointer there, in pixels of the screen.
+    void movePointer(QPoint position);
+
+    /// Presses the left button of the mouse, moves the pointer by that way as a hand does, and lets go.
+    void drag(QPoint from, QPoint way);
+
+    /// Turns the wheel by so many notches, away from the hand; with keys held meanwhile.
+    void turnWheel(int notches, const std::vector<Key>& held = {});
+
+    /// Tilts the wheel to the left so many times.
+    void tiltWheelLeft(int notches);
+
     /// Closes a window as the button in its frame does: its program is asked to.
     void close(const ScreenWindow& window);
 
@@ -67,6 +80,7 @@ private:
     void startServer();
     void startWindowManager();
     void key(Key key, bool isDown, std::chrono::milliseconds delay = {});
+    void click(unsigned int button, int count);
     bool hasWindowManager() const;
 
     TemporaryFolder m_home; // the window manager's, so that it finds nobody's settings

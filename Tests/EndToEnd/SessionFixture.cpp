@@ -1,0 +1,71 @@
+#include "Tests/EndToEnd/SessionFixture.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <X11/keysym.h>
+
+using Platform::FileURL;
+
+void SessionFixture::initTestCase() {
+    if (const QString lacking = VirtualScreen::lacking(); !lacking.isEmpty()) {
+        QSKIP(qPrintable(lacking));
+    }
+    m_screen.emplace();
+}
+
+void SessionFixture::init() {
+    m_home.emplace();
+    m_photos.emplace();
+}
+
+void SessionFixture::cleanup() {
+    const QString messages = m_application ? m_application->messages() : QString();
+    if (QTest::currentTestFailed() && m_application) {
+        keepScreenshot();
+        qInfo("the application %s and wrote: %s", qPrintable(m_application->ending()), qPrintable(messages));
+    }
+    m_application.reset();
+    m_photos.reset();
+    m_home.reset();
+    QVERIFY2(!messages.contains("qrc:"), qPrintable(messages)); // the screen's code complains of nothing
+}
+
+bool SessionFixture::start(Renderer renderer) {
+    m_application.reset();
+    m_application = std::make_unique<RunningApplication>(*m_screen, m_home->url(), renderer);
+    return m_application->waitUntilReady();
+}
+
+void SessionFixture::press(const std::vector<Key>& keys) {
+    for (const Key key : keys) {
+        m_screen->press({key});
+    }
+}
+
+bool SessionFixture::showChooser() {
+    m_screen->press({XK_Control_L, XK_o});
+    const QString title = QStringLiteral("Select a folder containing JPG images to review.");
+    return QTest::qWaitFor([&] { return m_application->isInFront(title); }, patience);
+}
+
+bool SessionFixture::isInFrontSoon() {
+    return QTest::qWaitFor([&] { return m_application->isInFront(); }, patience);
+}
+
+bool SessionFixture::openFolder(const FileURL& folder) {
+    if (!showChooser()) {
+        return false;
+    }
+    m_screen->type(folder.path().native());
+    press({XK_Return});
+    return isInFrontSoon();
+}
+
+void SessionFixture::keepScreenshot() {
+    const QDir folder(QStringLiteral(SCREENSHOT_FOLDER));
+    const QString file = folder.filePath(QLatin1String(QTest::currentTestFunction()) + ".png");
+    if (m_screen && folder.mkpath(".") && m_screen->picture().save(file)) {
+        qInfo("screenshot: %s", qPrintable(file));
+    }
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Tests/EndToEnd/RunningApplication.h"
+#include "Tests/EndToEnd/VirtualScreen.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <QObject>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+/// What the user sees in the main window is, at once or soon, what the words say.
+#define SEES(words)                                                                                          \
+    QTRY_COMPARE_WITH_TIMEOUT(seenIn(m_application->picture()), QStringLiteral(words), patience)
+
+/// Whole sessions with the program as it is delivered: real keys and a real pointer on a virtual screen, and then
+/// what is seen on that screen and what lies on the disk. Each test has a fresh home and a fresh folder for photos;
+/// a failed one leaves a picture of the screen.
+class SessionFixture : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+protected:
+    /// Starts the application, for the first time or again.
+    bool start(Renderer renderer = Renderer::Software);
+
+    /// Presses one key after the other.
+    void press(const std::vector<Key>& keys);
+
+    bool showChooser();
+    bool isInFrontSoon();
+
+    /// Opens a folder by way of the chooser, which has the keys until the screen shows what is in the folder.
+    bool openFolder(const Platform::FileURL& folder);
+
+    std::optional<VirtualScreen> m_screen;
+    std::optional<TemporaryFolder> m_home;
+    std::optional<TemporaryFolder> m_photos;
+    std::unique_ptr<RunningApplication> m_application;
+
+private:
+    void keepScreenshot();
+};
