@@ -22,7 +22,7 @@ class Image {
 public:
     /// How much of its photo a picture is.
     struct Origin {
-        bool isReduced = false; ///< the photo has more pixels
+        bool isReduced = false; ///< the photo may have more pixels
         bool isPartial = false; ///< the photo's data end before its last row
     };
 

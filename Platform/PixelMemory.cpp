@@ -56,9 +56,13 @@ QImage undefinedPicture(QSize size) {
     uchar* const pixels = mapping->firstHugePage();
     madvise(pixels, bytes, MADV_HUGEPAGE); // a wish: small pages do as well
     const auto bytesPerLine = static_cast<qsizetype>(size.width()) * static_cast<qsizetype>(bytesPerPixel);
-    return QImage(
+    QImage picture(
         pixels, size.width(), size.height(), bytesPerLine, QImage::Format_RGB32,
-        [](void* owner) { delete static_cast<Mapping*>(owner); }, mapping.release());
+        [](void* owner) { delete static_cast<Mapping*>(owner); }, mapping.get());
+    if (!picture.isNull()) {
+        mapping.release(); // the picture deletes it
+    }
+    return picture;
 }
 
 } // namespace Platform

@@ -32,7 +32,7 @@ private:
 /// delivered on the main thread, and only where its task has not been cancelled by then.
 ///
 /// detached() and sleep() are called on the main thread. What they deliver to must still be there then: an owner that
-/// may go cancels its tasks first.
+/// may go cancels its tasks first, or is held weakly.
 ///
 /// An object, so that the screen can be handed one and pass it on.
 class TaskScheduler : public QObject {

@@ -54,14 +54,11 @@ void CanvasGeometry::zoom(double factor, QPointF about) {
     lastComputedFitScale = 0;
 }
 
-void CanvasGeometry::resizeView(QSizeF size) {
+bool CanvasGeometry::resizeView(QSizeF size) {
     if (size == viewSize) {
-        return;
+        return false;
     }
     viewSize = size;
-    if (std::abs(zoomScale - lastComputedFitScale) < fitTolerance) {
-        resetToFit();
-    } else {
-        clamp();
-    }
+    const bool isFitted = std::abs(zoomScale - lastComputedFitScale) < fitTolerance;
+    return isFitted ? resetToFit() : clamp();
 }

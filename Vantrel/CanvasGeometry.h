@@ -36,8 +36,9 @@ struct CanvasGeometry {
     /// left is to clamp().
     void zoom(double factor, QPointF about);
 
-    /// Gives the view another size: a fitted image stays fitted, another keeps its zoom.
-    void resizeView(QSizeF size);
+    /// Gives the view another size: a fitted image stays fitted, another keeps its zoom. False where nothing is to be
+    /// drawn anew.
+    bool resizeView(QSizeF size);
 
 private:
     bool isShowable() const { return !imageSize.isEmpty() && !viewSize.isEmpty(); }

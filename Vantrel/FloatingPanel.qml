@@ -16,9 +16,10 @@ Rectangle {
     border.color: Style.hairline
     border.width: 1
 
-    // Clicks on the panel are not clicks on the photo behind it.
+    // Clicks and the wheel on the panel are not for the photo behind it.
     MouseArea {
         anchors.fill: parent
+        onWheel: wheel => wheel.accepted = true
     }
     Row {
         id: row

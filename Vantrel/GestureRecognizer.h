@@ -62,7 +62,7 @@ public:
     double magnification() const { return m_magnification; }
     void setMagnification(double magnification) { m_magnification = magnification; }
 
-    /// Where the gesture is, in the coordinates of the view.
+    /// Where the gesture is: points of the view, growing upward.
     QPointF location() const { return m_location; }
 
     /// The fingers have spread to that multiple of their distance before, about that place.

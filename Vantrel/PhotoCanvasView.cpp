@@ -26,30 +26,42 @@ void cancel(const std::optional<Task>& task) {
     }
 }
 
-QString label(qint64 level) {
-    switch (level) {
-    case 1200:
-        return QStringLiteral("1.6K");
-    case 2400:
-        return QStringLiteral("2.4K");
-    case 4096:
-        return QStringLiteral("4K");
-    case PhotoCanvasView::fullSize:
-        return QStringLiteral("Full");
-    default:
-        return QString::number(level / 1000) + QLatin1Char('K');
-    }
-}
-
-/// Whether a larger decode may stand in for a picture of the same file, which may have been written anew between the
-/// two decodes. Another shape would be distorted; one that breaks off where the picture did not would show less.
-bool canStandInFor(const Image& image, const Image& larger) {
+/// Whether one picture has the shape of the other, but for the rounding of its sides to pixels.
+bool hasShapeOf(const Image& image, const Image& larger) {
     const QSizeF size = image.size();
     const QSizeF pixels = larger.pixels().size();
     const double scale = std::max(size.width(), size.height()) / std::max(pixels.width(), pixels.height());
     const QSizeF difference = pixels * scale - size;
-    const bool hasSameShape = std::abs(difference.width()) <= 1 && std::abs(difference.height()) <= 1;
-    return hasSameShape && (image.origin().isPartial || !larger.origin().isPartial);
+    return std::abs(difference.width()) <= 1 && std::abs(difference.height()) <= 1;
+}
+
+/// Whether two pictures of one shape look alike from afar: two decodes of one photo differ there by next to nothing.
+bool looksLike(const Image& image, const Image& larger) {
+    constexpr QSize afar(16, 16);
+    constexpr double greatestMeanDifference = 8; // out of 255
+    const QSize size = image.levels().back().size().scaled(afar, Qt::KeepAspectRatio).expandedTo({1, 1});
+    const auto shrunk = [&](const Image& picture) {
+        return picture.levels().back().scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    };
+    const QImage a = shrunk(image);
+    const QImage b = shrunk(larger);
+    double sum = 0;
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const QRgb p = a.pixel(x, y);
+            const QRgb q = b.pixel(x, y);
+            sum +=
+                std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
+        }
+    }
+    return sum <= greatestMeanDifference * 3 * size.width() * size.height();
+}
+
+/// Whether a larger decode may stand in for the photo handed in. The file may have been written anew between the two
+/// decodes: another photo must not take the place of the one that is judged, nor one that breaks off that of a whole.
+bool canStandInFor(const Image& image, const Image& larger) {
+    const bool isAsWhole = image.origin().isPartial || !larger.origin().isPartial;
+    return isAsWhole && hasShapeOf(image, larger) && looksLike(image, larger);
 }
 
 } // namespace
@@ -77,7 +89,9 @@ void PhotoCanvasView::setImage(const Image& image) {
     } else {
         resetToFit();
     }
-    update();
+    if (image.isNull()) {
+        update();
+    }
 }
 
 void PhotoCanvasView::setFullResImageURL(const FileURL& url) {
@@ -116,9 +130,17 @@ void PhotoCanvasView::geometryChange(const QRectF& newGeometry, const QRectF& ol
     setFrameSize(newGeometry.size());
 }
 
+void PhotoCanvasView::itemChange(ItemChange change, const ItemChangeData& data) {
+    QQuickItem::itemChange(change, data);
+    if (change == ItemDevicePixelRatioHasChanged) {
+        update(); // the tiles meet at other device pixels
+    }
+}
+
 void PhotoCanvasView::setFrameSize(QSizeF size) {
-    m_geometry.resizeView(size);
-    update();
+    if (m_geometry.resizeView(size)) {
+        update();
+    }
 }
 
 void PhotoCanvasView::handleMagnify() {
@@ -227,9 +249,24 @@ void PhotoCanvasView::loadAfterScrolling() {
     });
 }
 
+QString PhotoCanvasView::resolutionLabel(qint64 level) {
+    switch (level) {
+    case 1200:
+        return QStringLiteral("1.6K");
+    case 2400:
+        return QStringLiteral("2.4K");
+    case 4096:
+        return QStringLiteral("4K");
+    case fullSize:
+        return QStringLiteral("Full");
+    default:
+        return QString::number(level / 1000) + QLatin1Char('K');
+    }
+}
+
 void PhotoCanvasView::emitResolution() {
     if (m_onResolutionChange) {
-        m_onResolutionChange(label(m_loadedMaxPixels));
+        m_onResolutionChange(resolutionLabel(m_loadedMaxPixels));
     }
 }
 

@@ -59,6 +59,9 @@ public:
     /// The level that gives so many pixels.
     static qint64 resolutionFor(qint64 needed);
 
+    /// The short text that names a level.
+    static QString resolutionLabel(qint64 level);
+
     /// Starts a larger decode where the zoom needs one; also a smaller one where the full size is more than it needs.
     void loadForCurrentZoom();
 
@@ -74,6 +77,7 @@ protected:
     void touchEvent(QTouchEvent* event) override;
     void touchUngrabEvent() override;
     void wheelEvent(QWheelEvent* event) override;
+    void itemChange(ItemChange change, const ItemChangeData& data) override;
     void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
     QSGNode* updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData* data) override;
 

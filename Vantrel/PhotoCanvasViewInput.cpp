@@ -25,7 +25,9 @@ void PhotoCanvasView::nativeGesture(const QNativeGestureEvent& event) {
         }
         break;
     case Qt::PanNativeGesture:
-        m_pan.move({event.delta().x(), -event.delta().y()});
+        if (event.fingerCount() <= 2) { // with more it is a swipe, which is the desktop's
+            m_pan.move({event.delta().x(), -event.delta().y()});
+        }
         break;
     case Qt::EndNativeGesture:
         m_pinch.end();

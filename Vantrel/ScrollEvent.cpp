@@ -8,15 +8,22 @@ namespace {
 /// A notch pans by as many points.
 constexpr double pointsOfNotch = 48;
 
-/// On X11 the pixel deltas are in whatever unit the driver counts, those of plain wheels too.
-bool hasPixelDeltas(const QWheelEvent& event) {
-    return !event.pixelDelta().isNull() && QGuiApplication::platformName() != QLatin1String("xcb");
+bool isOnX11() {
+    return QGuiApplication::platformName() == QLatin1String("xcb");
+}
+
+/// Whether the device counts in points. One that does may have too small a step for a whole point; on X11 the pixel
+/// deltas are in whatever unit the driver counts, those of plain wheels too.
+bool isPreciseDevice(const QWheelEvent& event) {
+    return !isOnX11() && (event.phase() != Qt::NoScrollPhase || !event.pixelDelta().isNull());
 }
 
 /// High-resolution wheels turn by fractions of a notch.
 QPointF notchesOf(const QWheelEvent& event) {
-    return hasPixelDeltas(event) ? QPointF(event.pixelDelta()) / pointsOfNotch
-                                 : QPointF(event.angleDelta()) / QWheelEvent::DefaultDeltasPerStep;
+    const QPointF notches = QPointF(event.angleDelta()) / QWheelEvent::DefaultDeltasPerStep;
+    // There, Qt takes a wheel turned with Alt for one tilted.
+    const bool isTransposed = isOnX11() && event.modifiers().testFlag(Qt::AltModifier);
+    return isTransposed ? notches.transposed() : notches;
 }
 
 } // namespace
@@ -24,12 +31,13 @@ QPointF notchesOf(const QWheelEvent& event) {
 ScrollEvent ScrollEvent::of(const QWheelEvent& event) {
     constexpr double scrollingDeltaOfNotch = 16;
     constexpr double deltaOfNotch = 50;
-    const QPointF notches = notchesOf(event);
-    const bool isPrecise = hasPixelDeltas(event);
+    const bool isPrecise = isPreciseDevice(event);
+    const QPointF points = event.pixelDelta();
+    const QPointF notches = isPrecise ? points / pointsOfNotch : notchesOf(event);
     return {
         .isControlPressed = event.modifiers().testFlag(Qt::ControlModifier),
         .hasPreciseScrollingDeltas = isPrecise,
-        .scrollingDelta = isPrecise ? QPointF(event.pixelDelta()) : notches * scrollingDeltaOfNotch,
+        .scrollingDelta = isPrecise ? points : notches * scrollingDeltaOfNotch,
         .deltaY = notches.y() * deltaOfNotch,
         .position = event.position(),
     };

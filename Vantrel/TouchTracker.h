@@ -18,7 +18,7 @@ public:
     /// have left.
     void place(const std::vector<QPointF>& fingers);
 
-    /// The fingers have moved to there, in the order in which they were placed. Another number of them is placed anew.
+    /// The fingers have moved to there. Another number of them is placed anew.
     void follow(const std::vector<QPointF>& fingers);
 
     /// The system took the fingers away.

@@ -14,8 +14,8 @@ namespace Platform {
 ///                      bound. A photo is never enlarged.
 /// @param task          looked at while decoding; once it is cancelled the decode ends within 10 ms with an
 ///                      error that nobody needs to read.
-/// @return the picture, its size in points its size in pixels, its halves made (Image::levels); a damaged file gives what can be decoded of
-///         it; an error where nothing can.
+/// @return the picture, its size in points its size in pixels, its halves made (Image::levels); a damaged file
+///         gives what can be decoded of it; an error where nothing can.
 ///
 /// Blocking. Any thread; it holds no state.
 Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task = {});

@@ -41,7 +41,9 @@ void round(const float* __restrict values, uchar* __restrict bytes, std::size_t 
 RowResampler::Filter::Filter(int length, double extent, int reducedLength)
     : first(static_cast<std::size_t>(reducedLength)) {
     const double ratio = extent / reducedLength;
-    const double radius = kernelRadius * ratio;
+    // Below 1 where a picture is thinner than a pixel of the new size.
+    const double stretch = std::max(ratio, 1.0);
+    const double radius = kernelRadius * stretch;
     taps = std::min(static_cast<int>(std::ceil(2 * radius)), length);
     weights.resize(static_cast<std::size_t>(reducedLength) * static_cast<std::size_t>(taps));
     std::vector<double> values(static_cast<std::size_t>(taps));
@@ -51,7 +53,7 @@ RowResampler::Filter::Filter(int length, double extent, int reducedLength)
         int& start = first[static_cast<std::size_t>(i)];
         start = std::clamp(static_cast<int>(std::floor(center - radius)) + 1, 0, length - taps);
         for (int tap = 0; tap < taps; ++tap) {
-            values[static_cast<std::size_t>(tap)] = kernel((start + tap - center) / ratio);
+            values[static_cast<std::size_t>(tap)] = kernel((start + tap - center) / stretch);
         }
         const double sum = std::accumulate(values.begin(), values.end(), 0.0);
         weight = std::ranges::transform(values, weight, [sum](double value) {

@@ -158,6 +158,29 @@ private slots:
         }
     }
 
+    void aLargerDecodeReachesTheScreenOverSeveralFrames() {
+        DrawnCanvas view;
+        if (view.deviceScale() > 1) {
+            QSKIP("here so few of the photo's pixels are in view that one frame brings them all");
+        }
+        view.open("a.jpg", checkerboard({6000, 4000}));
+        view.zoomToNeed(4100);
+        view.picture();
+        view.scheduler.runAll();
+        QCOMPARE(view.canvas->loadedMaxPixels(), PhotoCanvasView::fullSize);
+        const QImage first = view.window.grabWindow();
+        QVERIFY(first != view.picture());
+    }
+
+    void theNeedIsCountedInPointsWhateverTheScreen() {
+        DrawnCanvas view;
+        view.open("a.jpg", plain({1500, 1000}, Qt::red));
+        QCOMPARE(view.canvas->neededPixels(), 800);
+        view.zoomToNeed(1201);
+        view.scheduler.runAll();
+        QCOMPARE(view.canvas->loadedMaxPixels(), 2400);
+    }
+
     void zoomedFarOutOnlyASmallRectangleIsDrawn() {
         DrawnCanvas view;
         view.canvas->setImage(Image(plain({1200, 800}, Qt::red)));

@@ -28,12 +28,15 @@ void CanvasFixture::open(std::string_view name, const QImage& photo) {
     JpegOptions faithful;
     faithful.isSubsampled = false;
     faithful.quality = 100;
-    const auto url = folder.write(name, jpegFile(photo, faithful));
-    const auto image = Platform::decodeImage(url, 1200);
+    open(folder.write(name, jpegFile(photo, faithful)));
+}
+
+void CanvasFixture::open(const Platform::FileURL& file) {
+    const auto image = Platform::decodeImage(file, 1200);
     if (!image) {
         throw std::runtime_error("the photo cannot be decoded");
     }
-    canvas->setFullResImageURL(url);
+    canvas->setFullResImageURL(file);
     canvas->setImage(*image);
 }
 
@@ -50,10 +53,11 @@ void CanvasFixture::scroll(QPointF position, QPoint points, Qt::KeyboardModifier
     QCoreApplication::sendEvent(&window, &event);
 }
 
-void CanvasFixture::gesture(Qt::NativeGestureType type, QPointF position, double value, QPointF delta) {
-    constexpr int fingers = 2;
+void CanvasFixture::gesture(
+    Qt::NativeGestureType type, QPointF position, double value, QPointF delta, int fingers) {
+    constexpr int mostFingers = 5;
     static const QPointingDevice touchpad(QStringLiteral("touchpad"), 1, QInputDevice::DeviceType::TouchPad,
-        QPointingDevice::PointerType::Finger, QInputDevice::Capability::Position, fingers, 0);
+        QPointingDevice::PointerType::Finger, QInputDevice::Capability::Position, mostFingers, 0);
     QNativeGestureEvent event(
         type, &touchpad, fingers, position, position, window.mapToGlobal(position), value, delta);
     QCoreApplication::sendEvent(&window, &event);

@@ -16,6 +16,9 @@ struct CanvasFixture {
     /// Writes the photo into the folder and hands its decode of at most 1200 pixels to the canvas, with the file.
     void open(std::string_view name, const QImage& photo);
 
+    /// The same with a file that is there.
+    void open(const Platform::FileURL& file);
+
     /// Turns the wheel by that angle, in eighths of a degree (120: a notch away from the user).
     void turnWheel(QPointF position, QPoint angle, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
@@ -23,7 +26,8 @@ struct CanvasFixture {
     void scroll(QPointF position, QPoint points, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
     /// A touchpad's gesture of that type.
-    void gesture(Qt::NativeGestureType type, QPointF position = {}, double value = 0, QPointF delta = {});
+    void gesture(Qt::NativeGestureType type, QPointF position = {}, double value = 0, QPointF delta = {},
+        int fingers = 2);
 
     /// Pinches about the view's centre until the photo needs so many points, and ends the pinch.
     void zoomToNeed(qint64 points);

@@ -125,10 +125,24 @@ private slots:
     void onlyControlZooms() {
         CanvasFixture view;
         view.canvas->setImage(flat({1000, 1000}));
-        for (const auto modifier : {Qt::ShiftModifier, Qt::MetaModifier}) {
+        view.turnWheel({500, 500}, 10 * notch, Qt::ControlModifier);
+        for (const auto modifier : {Qt::ShiftModifier, Qt::MetaModifier, Qt::AltModifier}) {
+            const QPointF before = view.geometry().imageOffset;
             view.turnWheel({500, 500}, notch, modifier);
-            QCOMPARE(view.geometry().zoomScale, 1.0);
+            QCOMPARE(view.geometry().zoomScale, 2.0);
+            QCOMPARE(view.geometry().imageOffset, before + QPointF(0, -48));
         }
+    }
+
+    void aStepTooSmallForAPointIsNotTakenForAWheels() {
+        CanvasFixture view;
+        view.canvas->setImage(flat({1000, 1000}));
+        view.turnWheel({500, 500}, 10 * notch, Qt::ControlModifier);
+        const QPointF before = view.geometry().imageOffset;
+        QWheelEvent event(
+            {500, 500}, {500, 500}, QPoint(), {0, 5}, Qt::NoButton, Qt::NoModifier, Qt::ScrollUpdate, false);
+        QCoreApplication::sendEvent(&view.window, &event);
+        QCOMPARE(view.geometry().imageOffset, before);
     }
 
     void aNotchWithControlZoomsByTenPercentAboutThePointer() {
@@ -191,6 +205,30 @@ private slots:
         QCOMPARE(view.geometry().lastComputedFitScale, 0.0);
         view.gesture(Qt::EndNativeGesture);
         QCOMPARE(view.geometry().lastComputedFitScale, 1.0);
+    }
+
+    void aSwipeOfThreeFingersIsNotForThePhoto() {
+        CanvasFixture view;
+        view.canvas->setImage(flat({1000, 1000}));
+        view.turnWheel({500, 500}, 10 * notch, Qt::ControlModifier);
+        const QPointF before = view.geometry().imageOffset;
+        view.gesture(Qt::PanNativeGesture, {500, 500}, 0, {30, -20}, 3);
+        QCOMPARE(view.geometry().imageOffset, before);
+    }
+
+    void aPinchGoesOnWithThePhotoThatReplacesItsOwn() {
+        CanvasFixture view;
+        view.canvas->setImage(flat({1000, 1000}));
+        view.gesture(Qt::ZoomNativeGesture, {500, 500}, 0.5);
+        view.canvas->setImage(flat({500, 500}));
+        QCOMPARE(view.geometry().zoomScale, 2.0);
+        view.gesture(Qt::ZoomNativeGesture, {500, 500}, 0.5);
+        QCOMPARE(view.geometry().zoomScale, 3.0);
+        view.canvas->setImage(Image());
+        view.gesture(Qt::ZoomNativeGesture, {500, 500}, 0.5);
+        view.gesture(Qt::EndNativeGesture);
+        view.canvas->setImage(flat({500, 500}));
+        QCOMPARE(view.geometry().zoomScale, 2.0);
     }
 
     void aTouchpadPinchMayMoveThePhotoToo() {
@@ -268,6 +306,31 @@ private slots:
         QCOMPARE(view.geometry().zoomScale, before.zoomScale);
     }
 
+    void aPinchThatIsCancelledIsTreatedAsEnded() {
+        CanvasFixture view;
+        view.open("a.jpg", plain({3000, 1500}, Qt::blue));
+        QTest::touchEvent(&view.window, screen()).press(0, {400, 500}).press(1, {600, 500});
+        QTest::touchEvent(&view.window, screen()).move(0, {300, 500}).move(1, {700, 500});
+        QTRY_COMPARE(view.geometry().lastComputedFitScale, 0.0);
+        QTouchEvent cancel(QEvent::TouchCancel, screen());
+        QCoreApplication::sendEvent(&view.window, &cancel);
+        QTRY_COMPARE(view.scheduler.waiting(TaskPriority::UserInitiated), 1);
+        QVERIFY(view.geometry().lastComputedFitScale > 0);
+    }
+
+    void aDragThatTheSystemTakesAwayIsOver() {
+        CanvasFixture view;
+        view.canvas->setImage(flat({1000, 1000}));
+        view.turnWheel({500, 500}, 10 * notch, Qt::ControlModifier);
+        QTest::mousePress(&view.window, Qt::LeftButton, Qt::NoModifier, {500, 500});
+        QTest::mouseMove(&view.window, {520, 500});
+        view.canvas->ungrabMouse();
+        const QPointF before = view.geometry().imageOffset;
+        QTest::mouseMove(&view.window, {600, 500});
+        QTest::mouseRelease(&view.window, Qt::LeftButton, Qt::NoModifier, {600, 500});
+        QCOMPARE(view.geometry().imageOffset, before);
+    }
+
     void aPinchThatTheSystemTakesAwayIsTreatedAsEnded() {
         CanvasFixture view;
         view.open("a.jpg", plain({3000, 1500}, Qt::blue));
@@ -303,9 +366,24 @@ private slots:
         QCoreApplication::sendEvent(view.canvas, &event);
         QCOMPARE(view.geometry().zoomScale, 1.1);
         QCOMPARE(view.geometry().lastComputedFitScale, 0.0);
+        view.gesture(Qt::ZoomNativeGesture, {0, 500}, 1);
+        QTest::mousePress(&view.window, Qt::LeftButton, Qt::NoModifier, {0, 500});
+        QTest::mouseMove(&view.window, {20, 510});
+        QTest::mouseRelease(&view.window, Qt::LeftButton, Qt::NoModifier, {20, 510});
         QVERIFY(view.picture().pixelColor(500, 500) == QColor(Qt::black));
         view.canvas->setSize({1000, 1000});
         QCOMPARE(view.geometry().zoomScale, 1.1);
+    }
+
+    void aWindowWithoutASizeDoesNoHarm() {
+        CanvasFixture view;
+        view.open("a.jpg", plain({3000, 1500}, Qt::blue));
+        view.window.resize(0, 0);
+        view.canvas->setSize({0, 0});
+        view.picture();
+        view.canvas->setSize({1000, 1000});
+        view.window.resize(1000, 1000);
+        QCOMPARE(view.geometry().zoomScale, 1000.0 / 1200);
     }
 
     // Resolution on demand
@@ -333,6 +411,14 @@ private slots:
         QCOMPARE(PhotoCanvasView::resolutionFor(2401), 4096);
         QCOMPARE(PhotoCanvasView::resolutionFor(4096), 4096);
         QCOMPARE(PhotoCanvasView::resolutionFor(4097), PhotoCanvasView::fullSize);
+    }
+
+    void eachLevelHasItsName() {
+        QCOMPARE(PhotoCanvasView::resolutionLabel(1200), "1.6K");
+        QCOMPARE(PhotoCanvasView::resolutionLabel(2400), "2.4K");
+        QCOMPARE(PhotoCanvasView::resolutionLabel(4096), "4K");
+        QCOMPARE(PhotoCanvasView::resolutionLabel(PhotoCanvasView::fullSize), "Full");
+        QCOMPARE(PhotoCanvasView::resolutionLabel(8999), "8K");
     }
 
     void levelsChangeInBothDirectionsAndTheLabelSaysSo() {
@@ -406,6 +492,15 @@ private slots:
         view.scheduler.runAll();
         QVERIFY(view.canvas->displayImage().isNull());
         QCOMPARE(view.labels.size(), 2);
+    }
+
+    void walkingOnCancelsTheDecodeInFlight() {
+        CanvasFixture view;
+        view.open("a.jpg", plain({2600, 1300}, Qt::blue));
+        view.zoomToNeed(2000);
+        QCOMPARE(view.scheduler.waiting(TaskPriority::UserInitiated), 1);
+        view.open("b.jpg", plain({2600, 1300}, Qt::red));
+        QCOMPARE(view.scheduler.waiting(TaskPriority::UserInitiated), 0);
     }
 
     void aNewNeedReplacesTheDecodeInFlight() {
@@ -503,6 +598,27 @@ private slots:
         QCOMPARE(view.labels, QStringList("1.6K"));
     }
 
+    void anotherPhotoInTheFilesPlaceIsNotShownForTheOneThatIsJudged() {
+        CanvasFixture view;
+        view.open("a.jpg", landscape({2600, 1300}));
+        view.folder.write("a.jpg", jpegFile(landscape({2600, 1300}).mirrored()));
+        view.zoomToNeed(2000);
+        view.rest();
+        QVERIFY(view.canvas->displayImage().isNull());
+        QCOMPARE(view.labels, QStringList("1.6K"));
+    }
+
+    void theSamePhotoWrittenAnewIsShown() {
+        CanvasFixture view;
+        view.open("a.jpg", landscape({2600, 1300}));
+        JpegOptions coarse;
+        coarse.quality = 50;
+        view.folder.write("a.jpg", jpegFile(landscape({2600, 1300}), coarse));
+        view.zoomToNeed(2000);
+        view.rest();
+        QCOMPARE(view.canvas->loadedMaxPixels(), 2400);
+    }
+
     void anotherPictureInTheFilesPlaceIsNotStretchedOverThePhoto() {
         CanvasFixture view;
         view.open("a.jpg", plain({2600, 1300}, Qt::blue));
@@ -517,7 +633,7 @@ private slots:
         CanvasFixture view;
         view.open("a.jpg", landscape({2600, 1300}));
         const FileURL file = view.folder.at("a.jpg");
-        std::filesystem::resize_file(file.path(), std::filesystem::file_size(file.path()) / 2);
+        std::filesystem::resize_file(file.path(), std::filesystem::file_size(file.path()) * 98 / 100);
         view.zoomToNeed(2000);
         view.rest();
         QVERIFY(view.canvas->displayImage().isNull());
@@ -528,9 +644,7 @@ private slots:
         CanvasFixture view;
         const FileURL file = view.folder.write("a.jpg", jpegFile(landscape({2600, 1300})));
         std::filesystem::resize_file(file.path(), std::filesystem::file_size(file.path()) / 2);
-        QImage upperHalf = landscape({1200, 600});
-        view.canvas->setFullResImageURL(file);
-        view.canvas->setImage(Image(upperHalf, {.isReduced = true, .isPartial = true}));
+        view.open(file);
         view.zoomToNeed(2000);
         view.rest();
         QCOMPARE(view.canvas->loadedMaxPixels(), 2400);

@@ -3,6 +3,8 @@
 
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QNativeGestureEvent>
+#include <QPointingDevice>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -329,7 +331,7 @@ private slots:
         QTRY_VERIFY(hasText(screen, "floatingStatusBar", "1.6K"));
     }
 
-    void aDragThatStartsOnAPanelDoesNotMoveThePhoto() {
+    void dragAndWheelOnAPanelAreNotForThePhoto() {
         Screen screen(threePhotos);
         screen.window->resize(1000, 700);
         screen.picture();
@@ -343,6 +345,25 @@ private slots:
         QTest::mouseMove(screen.window.get(), start + QPoint(150, -150));
         QTest::mouseRelease(screen.window.get(), Qt::LeftButton, Qt::NoModifier, start + QPoint(150, -150));
         QCOMPARE(canvas->geometry().imageOffset, before);
+        for (const auto modifier : {Qt::NoModifier, Qt::ControlModifier}) {
+            QWheelEvent event(
+                start, start, QPoint(), {0, 120}, Qt::NoButton, modifier, Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(screen.window.get(), &event);
+            QCOMPARE(canvas->geometry().imageOffset, before);
+        }
+    }
+
+    void aPinchReachesThePhotoThroughItsStamp() {
+        Screen screen(threePhotos);
+        screen.press(Qt::Key_X);
+        screen.picture();
+        const auto* canvas = screen.item("imageView")->findChild<PhotoCanvasView*>();
+        const double before = canvas->geometry().zoomScale;
+        const QPointF centre = QRectF(QPointF(), screen.window->size()).center();
+        QNativeGestureEvent pinch(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2, centre,
+            centre, centre, 0.5, {});
+        QCoreApplication::sendEvent(screen.window.get(), &pinch);
+        QCOMPARE(canvas->geometry().zoomScale, before * 1.5);
     }
 
     void withTheFeaturesOffTheirGroupsAreAbsent() {

@@ -57,6 +57,7 @@ private slots:
     void aReducedPhotoIsNotShifted_data();
     void aReducedPhotoIsNotShifted();
     void onePlainColourStaysItselfToTheEdges();
+    void aPhotoThinnerThanAPixelOfItsReductionKeepsItsColour();
     void theEmbeddedPreviewIsNeverUsed();
 
 private:
@@ -253,6 +254,16 @@ void DecodedSizeTest::onePlainColourStaysItselfToTheEdges() {
     for (int y = 0; y < shown.height(); ++y) {
         for (int x = 0; x < shown.width(); ++x) {
             QVERIFY(isNear(shown.pixelColor(x, y), color, 3));
+        }
+    }
+}
+
+void DecodedSizeTest::aPhotoThinnerThanAPixelOfItsReductionKeepsItsColour() {
+    const QColor color(200, 100, 50);
+    for (const QSize size : {QSize(1, 30000), QSize(30000, 1), QSize(30000, 60)}) {
+        for (const int maxPixelSize : {200, 1200, 20000}) {
+            const QImage shown = decode(jpegFile(plain(size, color)), maxPixelSize);
+            QVERIFY(isNear(shown.pixelColor(shown.rect().center()), color, 3));
         }
     }
 }
