@@ -21,8 +21,8 @@ quint32 mean(quint32 a, quint32 b, quint32 c, quint32 d) {
 }
 
 void halveRows(const quint32* upper, const quint32* lower, int width, quint32* to) {
-    const int pairs = width / 2;
-    for (int x = 0; x < pairs; ++x) {
+    const qsizetype pairs = width / 2;
+    for (qsizetype x = 0; x < pairs; ++x) {
         to[x] = mean(upper[2 * x], upper[2 * x + 1], lower[2 * x], lower[2 * x + 1]);
     }
     if (width % 2 != 0) {

@@ -60,7 +60,7 @@ QImage undefinedPicture(QSize size) {
         pixels, size.width(), size.height(), bytesPerLine, QImage::Format_RGB32,
         [](void* owner) { delete static_cast<Mapping*>(owner); }, mapping.get());
     if (!picture.isNull()) {
-        mapping.release(); // the picture deletes it
+        (void)mapping.release(); // the picture deletes it
     }
     return picture;
 }

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace Platform {
@@ -27,6 +28,13 @@ public:
 private:
     std::shared_ptr<std::atomic<bool>> m_isCancelled = std::make_shared<std::atomic<bool>>(false);
 };
+
+/// Cancels the task where there is one.
+inline void cancel(const std::optional<Task>& task) {
+    if (task) {
+        task->cancel();
+    }
+}
 
 /// Where background work and sleeps go. Work leaves the main thread as a value and comes back as a value; it is
 /// delivered on the main thread, and only where its task has not been cancelled by then.

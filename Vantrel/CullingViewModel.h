@@ -228,7 +228,6 @@ private:
     void movePhotos(const MoveKind& kind);
     void settleCurrentPhoto();
 
-    static void cancel(const std::optional<Platform::Task>& task);
     bool isCurrent(int index, const Platform::FileURL& url) const;
     void scheduleUpgrade(int index);
     void loadCurrentImage(int index, int maxPixelSize, ImageCache& cache);

@@ -22,12 +22,6 @@ auto decoding(const FileURL& url, int maxPixelSize) {
 // Each task is held by its field or has been cancelled, and the destructor cancels those held: what is delivered is
 // delivered to a living view model.
 
-void CullingViewModel::cancel(const std::optional<Task>& task) {
-    if (task) {
-        task->cancel();
-    }
-}
-
 bool CullingViewModel::isCurrent(int index, const FileURL& url) const {
     // The position alone would let a photo of the folder before pass for one of this folder.
     return m_currentIndex == index && currentURL() == url;

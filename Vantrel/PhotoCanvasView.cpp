@@ -2,6 +2,7 @@
 
 #include "Platform/ImageDecoder/ImageDecoder.h"
 #include "Vantrel/PhotoNode.h"
+#include "Vantrel/StandIn.h"
 
 #include <QPointer>
 
@@ -19,50 +20,6 @@ namespace {
 
 /// How long the wheel rests before a larger decode begins.
 constexpr std::chrono::milliseconds scrollLoadDelay{400};
-
-void cancel(const std::optional<Task>& task) {
-    if (task) {
-        task->cancel();
-    }
-}
-
-/// Whether one picture has the shape of the other, but for the rounding of its sides to pixels.
-bool hasShapeOf(const Image& image, const Image& larger) {
-    const QSizeF size = image.size();
-    const QSizeF pixels = larger.pixels().size();
-    const double scale = std::max(size.width(), size.height()) / std::max(pixels.width(), pixels.height());
-    const QSizeF difference = pixels * scale - size;
-    return std::abs(difference.width()) <= 1 && std::abs(difference.height()) <= 1;
-}
-
-/// Whether two pictures of one shape look alike from afar: two decodes of one photo differ there by next to nothing.
-bool looksLike(const Image& image, const Image& larger) {
-    constexpr QSize afar(16, 16);
-    constexpr double greatestMeanDifference = 8; // out of 255
-    const QSize size = image.levels().back().size().scaled(afar, Qt::KeepAspectRatio).expandedTo({1, 1});
-    const auto shrunk = [&](const Image& picture) {
-        return picture.levels().back().scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    };
-    const QImage a = shrunk(image);
-    const QImage b = shrunk(larger);
-    double sum = 0;
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x) {
-            const QRgb p = a.pixel(x, y);
-            const QRgb q = b.pixel(x, y);
-            sum +=
-                std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
-        }
-    }
-    return sum <= greatestMeanDifference * 3 * size.width() * size.height();
-}
-
-/// Whether a larger decode may stand in for the photo handed in. The file may have been written anew between the two
-/// decodes: another photo must not take the place of the one that is judged, nor one that breaks off that of a whole.
-bool canStandInFor(const Image& image, const Image& larger) {
-    const bool isAsWhole = image.origin().isPartial || !larger.origin().isPartial;
-    return isAsWhole && hasShapeOf(image, larger) && looksLike(image, larger);
-}
 
 } // namespace
 

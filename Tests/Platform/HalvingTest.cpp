@@ -88,7 +88,7 @@ private slots:
         std::array<QRgb, 4> pixels{other, other, other, other};
         std::fill_n(pixels.begin(), ones, one);
         for (int turn = 0; turn < 4; ++turn) {
-            std::ranges::rotate(pixels, pixels.begin() + 1);
+            std::rotate(pixels.begin(), pixels.begin() + 1, pixels.end());
             const QImage half = halved(twoByTwo(pixels));
             QCOMPARE(half.size(), QSize(1, 1));
             QCOMPARE(half.pixel(0, 0), mean);

@@ -56,7 +56,7 @@ private slots:
 
     void itsMemoryGoesBackWithIt() {
         constexpr QSize size(4000, 3000);
-        constexpr qint64 bytes = 4000 * 3000 * 4;
+        constexpr qint64 bytes = qint64{4000} * 3000 * 4;
         std::vector<QImage> pictures;
         const qint64 before = residentMemory();
         for (int count = 0; count < 4; ++count) {

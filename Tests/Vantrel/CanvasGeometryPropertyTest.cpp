@@ -49,7 +49,7 @@ public:
     const CanvasGeometry& geometry() const { return m_geometry; }
 
     QString step() {
-        const QString problem = act();
+        QString problem = act();
         if (!problem.isEmpty()) {
             return problem;
         }

@@ -37,6 +37,7 @@ QImage DrawnCanvas::drawnAtOnce(const QImage& picture) const {
 
 QImage waves(QSize size, double period) {
     std::vector<int> levels;
+    levels.reserve(static_cast<std::size_t>(size.width()) + static_cast<std::size_t>(size.height()));
     for (int position = 0; position < size.width() + size.height(); ++position) {
         levels.push_back(
             static_cast<int>(std::lround(127.5 + 120 * std::sin(2 * std::numbers::pi * position / period))));

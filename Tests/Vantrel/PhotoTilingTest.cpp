@@ -211,7 +211,7 @@ QString problemOfSource(const TileSpan& span, const Axis& axis, int level, int l
 QString problemOfAxis(const std::vector<TileSpan>& spans, const Axis& axis, int level, int levelPixels,
     double devicePixelRatio) {
     for (const TileSpan& span : spans) {
-        const QString problem = problemOfSource(span, axis, level, levelPixels);
+        QString problem = problemOfSource(span, axis, level, levelPixels);
         if (!problem.isEmpty()) {
             return problem;
         }
@@ -225,10 +225,12 @@ QString problemOfGrid(const Placement& placement, int level) {
     const Mapping mapping = Mapping::of(placement);
     const QSize size = levelSize(placement.pixels, level);
     std::vector<TileSpan> across;
+    across.reserve(columns(placement.pixels, level));
     for (int column = 0; column < columns(placement.pixels, level); ++column) {
         across.push_back(spanAcross(placement, tiling, {level, column, 0}));
     }
     std::vector<TileSpan> down;
+    down.reserve(rows(placement.pixels, level));
     for (int row = 0; row < rows(placement.pixels, level); ++row) {
         down.push_back(spanDown(placement, tiling, {level, 0, row}));
     }
@@ -337,7 +339,7 @@ QString problem(const Placement& placement) {
             return QStringLiteral("level %1: %2").arg(level).arg(ofGrid);
         }
     }
-    const QString ofNeed = problemOfNeed(placement);
+    QString ofNeed = problemOfNeed(placement);
     if (!ofNeed.isEmpty()) {
         return ofNeed;
     }
