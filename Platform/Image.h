@@ -30,7 +30,7 @@ public:
     Image() = default;
 
     /// A picture whose size in points is its size in pixels. Null pixels give no picture. Halving large pixels takes
-    /// a while (1 ns for each); a cancelled task ends it early, with fewer levels.
+    /// a while (under 1 ns for each); a cancelled task ends it early, with fewer levels.
     explicit Image(const QImage& pixels) : Image(pixels, Origin{}) {}
     Image(const QImage& pixels, Origin origin, const Task& task = {});
 
