@@ -5,6 +5,7 @@
 // beside the same places drawn by one image node with the whole picture as its texture; the longest frame while a
 // full decode of the larger photo arrives; the memory held over 2,000 photos walked through; and what halving costs
 // beside QImage's own scaling.
+#include "Benchmarks/Measuring.h"
 #include "Platform/Halving.h"
 #include "Platform/ImageDecoder/ImageDecoder.h"
 #include "Platform/SystemTaskScheduler.h"
@@ -44,22 +45,6 @@ constexpr std::chrono::seconds patience(60);
 constexpr int notch = 120; // of a wheel, in eighths of a degree
 
 // Measuring
-
-double milliseconds(const QElapsedTimer& timer) {
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
-}
-
-double percentile(std::vector<double> values, double part) {
-    std::ranges::sort(values);
-    return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1))];
-}
-
-/// Resident memory of this process in MiB.
-double residentMemory() {
-    long pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return static_cast<double>(pages) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
-}
 
 void forgetPeakMemory() {
     std::ofstream("/proc/self/clear_refs") << "5";

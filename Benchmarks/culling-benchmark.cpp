@@ -4,6 +4,7 @@
 // that is part of it; what a step through cached photos costs the main thread; how long a key takes to show its photo
 // with and without the preloading pass behind it; and the memory that the process holds once 2,000 photos are
 // preloaded. The folders are filled with hard links to the photos given, so that drawing them costs nothing.
+#include "Benchmarks/Measuring.h"
 #include "Platform/ImageDecoder/ImageDecoder.h"
 #include "Platform/SystemTaskScheduler.h"
 #include "Platform/UserDefaults.h"
@@ -32,22 +33,6 @@ using Platform::FileURL;
 namespace fs = std::filesystem;
 
 namespace {
-
-double milliseconds(const QElapsedTimer& timer) {
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
-}
-
-double percentile(std::vector<double> values, double part) {
-    std::ranges::sort(values);
-    return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1))];
-}
-
-/// Resident memory of this process in MiB.
-double residentMemory() {
-    long pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return static_cast<double>(pages) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
-}
 
 /// A view model whose thumbnails can be counted.
 class ObservedViewModel : public CullingViewModel {
