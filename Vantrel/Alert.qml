@@ -1,9 +1,10 @@
 import QtQuick
-import QtQuick.Templates as T
+import Vantrel
 
-// A question or a message before which everything else waits. Whoever shows it closes it: it asks by dismissed() (the
-// button that changes nothing, Escape, Return) or confirmed() (the button that does something, pressed on purpose).
-T.Popup {
+// A question or a message before which everything else waits: it has the keys and the pointer while it is visible.
+// Whoever shows it closes it, and disables what it covers: it asks by dismissed() (the button that changes nothing, Escape,
+// Return) or confirmed() (the button that does something, pressed on purpose).
+FocusScope {
     id: root
 
     required property string title
@@ -16,31 +17,48 @@ T.Popup {
     signal dismissed
 
     readonly property real screenMargin: 40
+    readonly property real padding: 20
 
-    anchors.centerIn: T.Overlay.overlay
-    modal: true
-    focus: true
-    closePolicy: T.Popup.NoAutoClose
-    padding: 20
-    width: Math.min(460, (root.parent?.width ?? 0) - 2 * root.screenMargin)
-    height: Math.min(contentItem.implicitHeight + 2 * root.padding, (root.parent?.height ?? 0) - 2 * root.screenMargin)
+    // Also where it is there from the start.
+    Component.onCompleted: if (root.visible) root.forceActiveFocus()
+    onVisibleChanged: if (root.visible) root.forceActiveFocus()
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: root.title
+    Accessible.description: root.message
+    Keys.onEscapePressed: root.dismissed()
+    Keys.onReturnPressed: root.dismissed()
+    Keys.onEnterPressed: root.dismissed()
+    Keys.onPressed: event => event.accepted = true
 
-    T.Overlay.modal: Rectangle {
+    Rectangle {
+        anchors.fill: parent
         color: Qt.rgba(0, 0, 0, 0.5)
     }
-    background: Rectangle {
-        radius: 12
-        color: Style.alertFill
-        border.color: Style.hairline
-        border.width: 1
+    MouseArea {
+        anchors.fill: parent
+        acceptedButtons: Qt.AllButtons
+        hoverEnabled: true
+        onWheel: wheel => wheel.accepted = true
     }
-    contentItem: AlertContent {
-        focus: true
-        title: root.title
-        message: root.message
-        dismissText: root.dismissText
-        destructiveText: root.destructiveText
-        onConfirmed: root.confirmed()
-        onDismissed: root.dismissed()
+    PanelFrame {
+        anchors.centerIn: parent
+        width: Math.min(460, root.width - 2 * root.screenMargin)
+        height: Math.min(content.implicitHeight + 2 * root.padding, root.height - 2 * root.screenMargin)
+        radius: 12
+        fill: Style.alertFill
+
+        AlertContent {
+            id: content
+
+            anchors.fill: parent
+            anchors.margins: root.padding
+            focus: true
+            title: root.title
+            message: root.message
+            dismissText: root.dismissText
+            destructiveText: root.destructiveText
+            onConfirmed: root.confirmed()
+            onDismissed: root.dismissed()
+        }
     }
 }

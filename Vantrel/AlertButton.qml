@@ -1,32 +1,26 @@
 import QtQuick
-import QtQuick.Templates as T
 
 // A button of an alert.
-T.Button {
+Button {
     id: root
 
     property color textColor: Style.primary
 
-    implicitWidth: Math.max(84, contentItem.implicitWidth + leftPadding + rightPadding)
-    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
-    horizontalPadding: 16
-    verticalPadding: 7
-    focusPolicy: Qt.TabFocus
-    hoverEnabled: true
-    Keys.onReturnPressed: root.clicked()
-    Keys.onEnterPressed: root.clicked()
+    implicitWidth: Math.max(84, label.implicitWidth + 32)
+    implicitHeight: label.implicitHeight + 14
 
-    contentItem: Text {
+    Rectangle {
+        anchors.fill: parent
+        radius: Style.buttonRadius
+        color: root.isPressed ? Style.buttonFillPressed : root.isHovered ? Style.buttonFillHovered : Style.buttonFill
+    }
+    Text {
+        id: label
+
+        anchors.centerIn: parent
         text: root.text
         color: root.textColor
         font.pixelSize: Style.bodySize
-        horizontalAlignment: Text.AlignHCenter
-        verticalAlignment: Text.AlignVCenter
-    }
-    background: Rectangle {
-        radius: Style.buttonRadius
-        color: root.down ? Style.buttonFillPressed : root.hovered ? Style.buttonFillHovered : Style.buttonFill
-        border.width: root.visualFocus ? 2 : 0
-        border.color: Style.focusRing
+        Accessible.ignored: true
     }
 }

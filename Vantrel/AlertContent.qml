@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 
 // What stands in an alert: its title, its text, which scrolls where it is long, and its buttons below.
 FocusScope {
@@ -17,9 +16,14 @@ FocusScope {
 
     implicitHeight: titleText.height + root.spacing + messageText.implicitHeight + root.spacing + buttons.height
 
-    Keys.onEscapePressed: root.dismissed()
-    Keys.onReturnPressed: root.dismissed()
-    Keys.onEnterPressed: root.dismissed()
+    Keys.onUpPressed: scroller.scroll(-scroller.line)
+    Keys.onDownPressed: scroller.scroll(scroller.line)
+    Keys.onPressed: event => {
+        const way = {[Qt.Key_PageUp]: -scroller.height, [Qt.Key_PageDown]: scroller.height,
+            [Qt.Key_Home]: -scroller.contentHeight, [Qt.Key_End]: scroller.contentHeight}[event.key];
+        event.accepted = way !== undefined;
+        scroller.scroll(way ?? 0);
+    }
 
     Text {
         id: titleText
@@ -30,9 +34,16 @@ FocusScope {
         color: Style.primary
         font.pixelSize: Style.bodySize + 2
         font.bold: true
+        Accessible.ignored: true
     }
     Flickable {
         id: scroller
+
+        readonly property real line: 3 * Style.bodySize
+
+        function scroll(way: real) {
+            contentY = Math.max(0, Math.min(contentY + way, contentHeight - height));
+        }
 
         anchors.left: parent.left
         anchors.right: parent.right
@@ -48,26 +59,28 @@ FocusScope {
         TextEdit {
             id: messageText
 
-            width: scroller.width - (scrollBar.visible ? scrollBar.width : 0)
+            objectName: "alertMessage"
+            width: scroller.width - scrollBar.width - 4
             text: root.message
             textFormat: TextEdit.PlainText
             wrapMode: TextEdit.Wrap
             readOnly: true
             selectByMouse: true
+            activeFocusOnTab: true
             color: Style.primary
-            selectionColor: Style.focusRing
+            selectionColor: Style.selection
+            selectedTextColor: Style.primary
             font.pixelSize: Style.bodySize
+            Accessible.name: root.message
         }
-        T.ScrollBar.vertical: T.ScrollBar {
-            id: scrollBar
+    }
+    ScrollBar {
+        id: scrollBar
 
-            implicitWidth: 8
-            visible: size < 1
-            contentItem: Rectangle {
-                radius: width / 2
-                color: Style.secondary
-            }
-        }
+        anchors.right: parent.right
+        anchors.top: scroller.top
+        anchors.bottom: scroller.bottom
+        scrolled: scroller
     }
     Row {
         id: buttons
@@ -75,7 +88,7 @@ FocusScope {
         anchors.right: parent.right
         anchors.bottom: parent.bottom
         layoutDirection: Qt.RightToLeft
-        spacing: 8
+        spacing: 10
 
         AlertButton {
             focus: true

@@ -35,6 +35,17 @@ ReviewState CullingViewModel::currentState() const {
     return isPosition(m_currentIndex) ? m_photoItems[m_currentIndex].state() : ReviewState::unreviewed;
 }
 
+QString CullingViewModel::currentPhotoDescription() const {
+    if (!isPosition(m_currentIndex)) {
+        return {};
+    }
+    const std::string_view state = rawValue(currentState());
+    return QStringLiteral("photo %1 of %2, %3, %4")
+        .arg(m_currentIndex + 1)
+        .arg(photoCount())
+        .arg(currentPhotoTitle(), QLatin1String(state.data(), static_cast<qsizetype>(state.size())));
+}
+
 template <typename Value>
 void CullingViewModel::assign(Value& field, const Value& value, void (CullingViewModel::*changed)()) {
     if (field == value) {

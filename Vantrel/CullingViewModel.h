@@ -50,6 +50,9 @@ class CullingViewModel : public QObject {
     Q_PROPERTY(bool isCurrentRejected READ isCurrentRejected NOTIFY currentPhotoChanged FINAL)
     Q_PROPERTY(int approvedCount READ approvedCount NOTIFY photoItemsChanged FINAL)
     Q_PROPERTY(int rejectedCount READ rejectedCount NOTIFY photoItemsChanged FINAL)
+    Q_PROPERTY(QString currentPhotoDescription READ currentPhotoDescription NOTIFY currentPhotoChanged FINAL)
+    Q_PROPERTY(bool canMoveApproved READ canMoveApproved NOTIFY photoItemsChanged FINAL)
+    Q_PROPERTY(bool canMoveRejected READ canMoveRejected NOTIFY photoItemsChanged FINAL)
     Q_PROPERTY(bool canUndo READ canUndo NOTIFY undoStackChanged FINAL)
     Q_PROPERTY(bool canSyncRaw READ canSyncRaw NOTIFY folderURLChanged FINAL)
 
@@ -106,6 +109,7 @@ public:
     /// The user's choice to keep zoom and position from photo to photo; without effect while its feature is off.
     bool keepZoom() const { return m_keepZoom; }
     void setKeepZoom(bool keepZoom);
+    Q_INVOKABLE void toggleKeepZoom() { setKeepZoom(!m_keepZoom); }
     bool isLockZoomFeatureEnabled() const { return m_features.isLockZoomFeatureEnabled; }
     bool isSyncRawFeatureEnabled() const { return m_features.isSyncRawFeatureEnabled; }
 
@@ -113,6 +117,8 @@ public:
     Platform::FileURL currentURL() const; ///< or empty
     std::string currentPhotoName() const; ///< file name in bytes, or ""
     QString currentPhotoTitle() const { return Platform::displayText(currentPhotoName()); }
+    /// What a screen reader says of it: "photo 3 of 120, IMG_0003.JPG, approved"; "" where there is none.
+    QString currentPhotoDescription() const;
     ReviewState currentState() const; ///< or unreviewed
     bool isCurrentApproved() const { return currentState() == ReviewState::approved; }
     bool isCurrentRejected() const { return currentState() == ReviewState::rejected; }
@@ -135,9 +141,11 @@ public:
 
     // Files.
 
+    bool canMoveApproved() const { return approvedCount() > 0; }
     /// Moves the approved photos into the subfolder "approved" of the open folder, where they replace files of the
     /// same name, and out of the list. A photo that cannot be moved stays, and the errorMessage says why.
     Q_INVOKABLE void moveApproved();
+    bool canMoveRejected() const { return rejectedCount() > 0; }
     /// The same for the rejected photos and the subfolder "rejected".
     Q_INVOKABLE void moveRejected();
 

@@ -2,6 +2,8 @@ import QtQuick
 
 // What the screen says before a folder is opened.
 Column {
+    readonly property alias text: title.text
+
     spacing: 16
 
     SymbolImage {
@@ -10,6 +12,8 @@ Column {
         size: 48
     }
     Text {
+        id: title
+
         anchors.horizontalCenter: parent.horizontalCenter
         text: "Open a folder to begin reviewing"
         color: Style.secondary

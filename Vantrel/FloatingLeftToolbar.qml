@@ -9,13 +9,15 @@ FloatingPanel {
     // Widest that the panel may be; the folder's name is shortened to it.
     required property real maximumWidth
 
+    name: "Folder"
+
     CommandButton {
         id: openButton
 
         anchors.verticalCenter: parent?.verticalCenter
         text: "Open Folder"
         symbol: "folder"
-        shortcutKey: "O"
+        shortcut: "Ctrl+O"
         onClicked: root.viewModel.openFolder()
     }
     Text {
@@ -28,5 +30,6 @@ FloatingPanel {
         elide: Text.ElideMiddle
         maximumLineCount: 1
         font.pixelSize: Style.captionSize
+        Accessible.name: "folder " + root.viewModel.folderName
     }
 }

@@ -7,6 +7,7 @@ FloatingPanel {
 
     required property CullingViewModel viewModel
 
+    name: "Moves"
     sideMargin: 16
 
     Text {
@@ -15,6 +16,7 @@ FloatingPanel {
         color: Style.secondary
         font.family: Style.monospaced
         font.pixelSize: Style.bodySize
+        Accessible.name: "photo " + (root.viewModel.currentIndex + 1) + " of " + root.viewModel.photoCount
     }
     PanelSeparator {}
     SymbolLabel {
@@ -22,6 +24,7 @@ FloatingPanel {
         symbol: "checkmark.circle.fill"
         text: root.viewModel.approvedCount
         color: Style.green
+        spokenText: root.viewModel.approvedCount + " approved"
     }
     PanelSeparator {}
     SymbolLabel {
@@ -29,14 +32,15 @@ FloatingPanel {
         symbol: "xmark.circle.fill"
         text: root.viewModel.rejectedCount
         color: Style.red
+        spokenText: root.viewModel.rejectedCount + " rejected"
     }
     PanelDivider {}
     CommandButton {
         anchors.verticalCenter: parent?.verticalCenter
         text: "Move Approved (" + root.viewModel.approvedCount + ")"
         symbol: "tray.and.arrow.up"
-        shortcutKey: "A"
-        enabled: root.viewModel.approvedCount >= 1
+        shortcut: "Ctrl+A"
+        enabled: root.viewModel.canMoveApproved
         onClicked: root.viewModel.moveApproved()
     }
     ShortcutHint {
@@ -47,8 +51,8 @@ FloatingPanel {
         anchors.verticalCenter: parent?.verticalCenter
         text: "Move Rejected (" + root.viewModel.rejectedCount + ")"
         symbol: "tray.and.arrow.down"
-        shortcutKey: "R"
-        enabled: root.viewModel.rejectedCount >= 1
+        shortcut: "Ctrl+R"
+        enabled: root.viewModel.canMoveRejected
         onClicked: root.viewModel.moveRejected()
     }
     ShortcutHint {

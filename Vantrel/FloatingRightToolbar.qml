@@ -7,11 +7,13 @@ FloatingPanel {
 
     required property CullingViewModel viewModel
 
+    name: "Marks"
+
     CommandButton {
         anchors.verticalCenter: parent?.verticalCenter
         text: "Undo"
         symbol: "arrow.uturn.backward"
-        shortcutKey: "Z"
+        shortcut: "Ctrl+Z"
         enabled: root.viewModel.canUndo
         onClicked: root.viewModel.undo()
     }
@@ -22,7 +24,7 @@ FloatingPanel {
         anchors.verticalCenter: parent?.verticalCenter
         visible: root.viewModel.isLockZoomFeatureEnabled
         isChecked: root.viewModel.keepZoom
-        onClicked: root.viewModel.keepZoom = !root.viewModel.keepZoom
+        onClicked: root.viewModel.toggleKeepZoom()
     }
     ShortcutHint {
         visible: root.viewModel.isLockZoomFeatureEnabled

@@ -8,6 +8,7 @@ FloatingPanel {
     required property CullingViewModel viewModel
     required property string resolutionInfo
 
+    name: "Photo"
     sideMargin: 16
 
     Text {
@@ -20,6 +21,7 @@ FloatingPanel {
         maximumLineCount: 1
         font.family: Style.monospaced
         font.pixelSize: Style.bodySize
+        Accessible.name: "file " + root.viewModel.currentPhotoTitle
     }
     PanelSeparator {
         visible: root.resolutionInfo !== ""
@@ -31,5 +33,6 @@ FloatingPanel {
         color: Style.secondary
         font.family: Style.monospaced
         font.pixelSize: Style.captionSize
+        Accessible.name: "resolution " + root.resolutionInfo
     }
 }

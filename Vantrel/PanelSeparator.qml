@@ -7,4 +7,5 @@ Text {
     color: Style.secondary
     opacity: 0.4
     font.pixelSize: Style.bodySize
+    Accessible.ignored: true
 }

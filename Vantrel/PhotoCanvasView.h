@@ -62,6 +62,12 @@ public:
     /// The short text that names a level.
     static QString resolutionLabel(qint64 level);
 
+    /// One step of a wheel: zooms with Control, and moves the photo without.
+    void scrollWheel(const ScrollEvent& event);
+
+    /// Fits and centres the photo.
+    void resetToFit();
+
     /// Starts a larger decode where the zoom needs one; also a smaller one where the full size is more than it needs.
     void loadForCurrentZoom();
 
@@ -83,11 +89,9 @@ protected:
 
 private:
     void clampAndRedraw();
-    void resetToFit();
     void setFrameSize(QSizeF size);
     void handleMagnify();
     void handlePan();
-    void scrollWheel(const ScrollEvent& event);
     void nativeGesture(const QNativeGestureEvent& event);
 
     void loadAfterScrolling();

@@ -29,16 +29,25 @@ QPointF notchesOf(const QWheelEvent& event) {
 } // namespace
 
 ScrollEvent ScrollEvent::of(const QWheelEvent& event) {
+    const bool isControlPressed = event.modifiers().testFlag(Qt::ControlModifier);
+    if (!isPreciseDevice(event)) {
+        return ofNotches(notchesOf(event), isControlPressed, event.position());
+    }
+    const QPointF points = event.pixelDelta();
+    ScrollEvent scroll = ofNotches(points / pointsOfNotch, isControlPressed, event.position());
+    scroll.hasPreciseScrollingDeltas = true;
+    scroll.scrollingDelta = points;
+    return scroll;
+}
+
+ScrollEvent ScrollEvent::ofNotches(QPointF notches, bool isControlPressed, QPointF position) {
     constexpr double scrollingDeltaOfNotch = 16;
     constexpr double deltaOfNotch = 50;
-    const bool isPrecise = isPreciseDevice(event);
-    const QPointF points = event.pixelDelta();
-    const QPointF notches = isPrecise ? points / pointsOfNotch : notchesOf(event);
     return {
-        .isControlPressed = event.modifiers().testFlag(Qt::ControlModifier),
-        .hasPreciseScrollingDeltas = isPrecise,
-        .scrollingDelta = isPrecise ? points : notches * scrollingDeltaOfNotch,
+        .isControlPressed = isControlPressed,
+        .hasPreciseScrollingDeltas = false,
+        .scrollingDelta = notches * scrollingDeltaOfNotch,
         .deltaY = notches.y() * deltaOfNotch,
-        .position = event.position(),
+        .position = position,
     };
 }

@@ -16,4 +16,7 @@ struct ScrollEvent {
     bool isNull() const { return scrollingDelta.isNull() && deltaY == 0; }
 
     static ScrollEvent of(const QWheelEvent& event);
+
+    /// A plain wheel turned (vertically) and tilted by so many notches.
+    static ScrollEvent ofNotches(QPointF notches, bool isControlPressed, QPointF position);
 };

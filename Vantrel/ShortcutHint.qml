@@ -5,4 +5,5 @@ Text {
     anchors.verticalCenter: parent?.verticalCenter
     color: Style.secondary
     font.pixelSize: Style.captionSize
+    Accessible.ignored: true
 }

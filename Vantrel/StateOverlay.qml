@@ -27,5 +27,6 @@ Item {
         color: Qt.alpha(root.stampColor, 0.5)
         font.pixelSize: 48
         font.weight: Font.ExtraBold
+        Accessible.ignored: true
     }
 }

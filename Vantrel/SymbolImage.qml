@@ -12,4 +12,5 @@ Image {
     sourceSize.height: root.size
     width: root.size
     height: root.size
+    Accessible.ignored: true
 }

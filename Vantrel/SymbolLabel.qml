@@ -7,6 +7,8 @@ Row {
     required property string symbol
     required property string text
     property color color: Style.primary
+    // What a screen reader says of it; nothing where the label is a part of a control that speaks for itself.
+    property string spokenText: ""
 
     spacing: 6
 
@@ -21,5 +23,7 @@ Row {
         textFormat: Text.PlainText
         color: root.color
         font.pixelSize: Style.bodySize
+        Accessible.ignored: root.spokenText === ""
+        Accessible.name: root.spokenText
     }
 }

@@ -1,18 +1,23 @@
 import QtQuick
-import QtQuick.Templates as T
 
 // Whether zoom and position stay from photo to photo: a box and its text, without a button's frame.
-T.Button {
+Button {
     id: root
 
     required property bool isChecked
 
-    implicitWidth: contentItem.implicitWidth
-    implicitHeight: contentItem.implicitHeight
-    focusPolicy: Qt.NoFocus
     text: "Zoom Locked"
+    shortcut: "Ctrl+L"
+    implicitWidth: content.implicitWidth
+    implicitHeight: content.implicitHeight
+    Accessible.role: Accessible.CheckBox
+    Accessible.checkable: true
+    Accessible.checked: root.isChecked
+    Accessible.onToggleAction: root.clicked()
 
-    contentItem: Row {
+    Row {
+        id: content
+
         spacing: 6
 
         Item {
@@ -39,13 +44,12 @@ T.Button {
             text: root.text
             color: Style.primary
             font.pixelSize: Style.bodySize
+            Accessible.ignored: true
         }
     }
-
-    Shortcut {
-        enabled: root.visible
-        sequences: ["Ctrl+L", "Meta+L"]
-        autoRepeat: false
-        onActivated: root.clicked()
+    ToolTip {
+        text: root.text
+        shortcut: root.shortcut
+        isWanted: root.isHovered && !root.isPressed
     }
 }

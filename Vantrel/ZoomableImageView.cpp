@@ -31,6 +31,25 @@ void ZoomableImageView::setFullResURL(const Platform::FileURL& url) {
     polish();
 }
 
+void ZoomableImageView::zoom(double notches) {
+    if (m_canvas) {
+        m_canvas->scrollWheel(ScrollEvent::ofNotches({0, notches}, true, boundingRect().center()));
+    }
+}
+
+void ZoomableImageView::pan(double notchesRight, double notchesDown) {
+    if (m_canvas) {
+        m_canvas->scrollWheel(
+            ScrollEvent::ofNotches({notchesRight, notchesDown}, false, boundingRect().center()));
+    }
+}
+
+void ZoomableImageView::fit() {
+    if (m_canvas) {
+        m_canvas->resetToFit();
+    }
+}
+
 void ZoomableImageView::setResolutionInfo(const QString& label) {
     if (m_resolutionInfo == label) {
         return;

@@ -39,6 +39,15 @@ public:
     const Platform::FileURL& fullResURL() const { return m_fullResURL; }
     void setFullResURL(const Platform::FileURL& url);
 
+    /// Zooms about the centre as so many notches of the wheel do: in where positive, out where negative.
+    Q_INVOKABLE void zoom(double notches);
+
+    /// Moves the photo to the right and down as so many notches of the wheel do.
+    void pan(double notchesRight, double notchesDown);
+
+    /// Shows the whole photo.
+    void fit();
+
     /// The last resolution that a canvas reported, in a short text; empty before the first. Follows the canvas on a
     /// later turn of the event loop, never during an update.
     const QString& resolutionInfo() const { return m_resolutionInfo; }

@@ -20,7 +20,7 @@ struct Verdict {
     double slope; ///< of the label's line; positive falls to the right
 };
 const Verdict approved{"approved", QColor(0x30, 0xd1, 0x58), std::tan(-15 * M_PI / 180)};
-const Verdict rejected{"rejected", QColor(0xff, 0x45, 0x3a), std::tan(15 * M_PI / 180)};
+const Verdict rejected{"rejected", QColor(0xff, 0x5a, 0x50), std::tan(15 * M_PI / 180)};
 const QColor alertFill(0x26, 0x26, 0x28);
 
 /// A column of the window that no panel covers, at the top or at the bottom.

@@ -59,9 +59,12 @@ void ScreenFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
 }
 
 QQuickItem* ScreenFixture::button(const QString& text) const {
-    return firstItem([&](const QQuickItem& item) {
-        return item.inherits("QQuickAbstractButton") && item.property("text") == text;
-    });
+    const auto isThatButton = [&](const QQuickItem& item) {
+        return item.property("text") == text && item.metaObject()->indexOfSignal("clicked()") >= 0;
+    };
+    QQuickItem* shown =
+        firstItem([&](const QQuickItem& item) { return item.isVisible() && isThatButton(item); });
+    return shown ? shown : firstItem(isThatButton);
 }
 
 void ScreenFixture::click(const QString& buttonText) {

@@ -31,7 +31,7 @@ struct ScreenFixture : CullingFixture {
     /// Clicks the button with that text; fails the test where no such button is on the screen.
     void click(const QString& buttonText);
 
-    /// The button with that text, visible or not; nullptr where there is none.
+    /// The button with that text, rather one that is on the screen; nullptr where there is none.
     QQuickItem* button(const QString& text) const;
 
     std::unique_ptr<QQuickView> window;

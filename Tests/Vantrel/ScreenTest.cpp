@@ -15,7 +15,7 @@ using Platform::FileURL;
 namespace {
 
 const QColor approvedGreen(0x30, 0xd1, 0x58);
-const QColor rejectedRed(0xff, 0x45, 0x3a);
+const QColor rejectedRed(0xff, 0x5a, 0x50);
 
 bool isNear(const QColor& a, const QColor& b) {
     return std::abs(a.red() - b.red()) <= 6 && std::abs(a.green() - b.green()) <= 6 &&

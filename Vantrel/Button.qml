@@ -1,0 +1,41 @@
+import QtQuick
+
+// What all buttons share: a press by pointer, by Space, Return or Enter, or by a screen reader. The pointer does not give
+// it the keyboard focus, which only Tab does, so that a click leaves the keys where they are.
+Item {
+    id: root
+
+    required property string text
+    // Names the key that does the same; empty where there is none.
+    property string shortcut: ""
+    readonly property bool isHovered: pointer.containsMouse && root.enabled
+    readonly property bool isPressed: pointer.pressed && pointer.containsMouse
+
+    signal clicked
+
+    activeFocusOnTab: true
+    Accessible.role: Accessible.Button
+    Accessible.name: root.text
+    Accessible.description: root.shortcut
+    Accessible.onPressAction: root.clicked()
+    Keys.onSpacePressed: root.clicked()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
+
+    MouseArea {
+        id: pointer
+
+        anchors.fill: parent
+        hoverEnabled: true
+        onClicked: root.clicked()
+    }
+    Rectangle {
+        anchors.fill: parent
+        anchors.margins: -3
+        visible: root.activeFocus
+        color: "transparent"
+        radius: Style.buttonRadius + 3
+        border.width: 2
+        border.color: Style.focusRing
+    }
+}

@@ -1,0 +1,184 @@
+#include "Vantrel/PanelFrame.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QPainterPath>
+#include <QQuickWindow>
+#include <QSGNinePatchNode>
+
+#include <array>
+#include <cmath>
+#include <memory>
+#include <numbers>
+
+namespace {
+
+constexpr double hairlineWidth = 0.5; // points, as all measures here
+constexpr double hairlineOpacity = 0.1;
+constexpr double shadowBlurRadius = 12;
+constexpr double shadowDrop = 4;
+constexpr double shadowOpacity = 0.3;
+
+/// How far from the panel the shadow is followed.
+constexpr int shadowReach = 22; // the blur and the drop
+/// The part of the picture, on each side, that is not stretched.
+constexpr int cornerReach = 20;
+/// The distance at which the shadow of a point ends, three standard deviations.
+constexpr int blurTaps = 18;
+
+/// A corner takes so many times its radius along each side...
+constexpr double cornerExtent = 1.5;
+/// ...and follows |x|^n + |y|^n = 1, so that its curvature grows from nothing. With this n the corner is cut as deep as
+/// by a circle of the radius.
+constexpr double cornerExponent = 3.19;
+
+/// A quarter of the superellipse, from (1, 0) to (0, 1).
+QPointF onCorner(double part) {
+    const double angle = part * std::numbers::pi / 2;
+    constexpr double power = 2 / cornerExponent;
+    return {std::pow(std::cos(angle), power), std::pow(std::sin(angle), power)};
+}
+
+QPainterPath continuousRectangle(const QRectF& rect, double radius) {
+    constexpr int steps = 24;
+    const double extent = cornerExtent * radius;
+    const QRectF centres = rect.adjusted(extent, extent, -extent, -extent);
+    const std::array corners{
+        centres.bottomRight(), centres.bottomLeft(), centres.topLeft(), centres.topRight()};
+    QPolygonF outline;
+    for (int corner = 0; corner < 4; ++corner) {
+        for (int step = 0; step <= steps; ++step) {
+            const QPointF way = onCorner(static_cast<double>(step) / steps) * extent;
+            const std::array turned{way, QPointF(-way.y(), way.x()), -way, QPointF(way.y(), -way.x())};
+            outline << corners[corner] + turned[corner];
+        }
+    }
+    QPainterPath path;
+    path.addPolygon(outline);
+    path.closeSubpath();
+    return path;
+}
+
+/// The weights of a blur, from the middle outward. A blur radius is two standard deviations.
+std::array<double, blurTaps + 1> gaussian() {
+    constexpr double deviation = shadowBlurRadius / 2;
+    std::array<double, blurTaps + 1> weights{};
+    double sum = 0;
+    for (int distance = 0; distance <= blurTaps; ++distance) {
+        weights[distance] = std::exp(-distance * distance / (2 * deviation * deviation));
+        sum += distance == 0 ? weights[distance] : 2 * weights[distance];
+    }
+    for (double& weight : weights) {
+        weight /= sum;
+    }
+    return weights;
+}
+
+/// The picture blurred along its rows, and turned: what were its rows are its columns.
+QImage blurredAndTransposed(const QImage& alpha) {
+    const auto weights = gaussian();
+    QImage blurred(alpha.height(), alpha.width(), QImage::Format_Alpha8);
+    for (int y = 0; y < alpha.height(); ++y) {
+        const uchar* row = alpha.constScanLine(y);
+        for (int x = 0; x < alpha.width(); ++x) {
+            double sum = 0;
+            for (int distance = -blurTaps; distance <= blurTaps; ++distance) {
+                const int from = x + distance;
+                sum += from >= 0 && from < alpha.width() ? row[from] * weights[std::abs(distance)] : 0;
+            }
+            blurred.scanLine(x)[y] = static_cast<uchar>(std::lround(sum));
+        }
+    }
+    return blurred;
+}
+
+/// A shadow has no detail: a pixel for each point is enough on every screen.
+QImage shadowOf(const QPainterPath& path, int side) {
+    QImage shape(side, side, QImage::Format_Alpha8);
+    shape.fill(Qt::transparent);
+    QPainter painter(&shape);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(path.translated(0, shadowDrop), Qt::black);
+    painter.end();
+    return blurredAndTransposed(blurredAndTransposed(shape));
+}
+
+constexpr int side = 2 * (shadowReach + cornerReach) + 1;
+
+/// A panel as small as can be stretched to any size, with its shadow.
+QImage drawnFrame(const QColor& fill, double radius, int pixels) {
+    const double pixelsPerPoint = pixels / double(side);
+    const QRectF panel(shadowReach, shadowReach, side - 2 * shadowReach, side - 2 * shadowReach);
+    const QPainterPath path = continuousRectangle(panel, radius);
+    QImage frame(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    frame.fill(Qt::transparent);
+    QPainter painter(&frame);
+    painter.scale(pixelsPerPoint, pixelsPerPoint);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    painter.setOpacity(shadowOpacity);
+    painter.drawImage(
+        QRectF(0, 0, side, side), shadowOf(path, side).convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    painter.setOpacity(1);
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+    painter.fillPath(path, Qt::black);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.fillPath(path, fill);
+    painter.strokePath(path, QPen(QColor::fromRgbF(1, 1, 1, hairlineOpacity), hairlineWidth));
+    painter.end();
+    return frame;
+}
+
+} // namespace
+
+PanelFrame::PanelFrame(QQuickItem* parent) : QQuickItem(parent) {
+    setFlag(ItemHasContents);
+}
+
+void PanelFrame::setFill(const QColor& fill) {
+    if (m_fill == fill) {
+        return;
+    }
+    m_fill = fill;
+    emit fillChanged();
+    redraw();
+}
+
+void PanelFrame::setRadius(double radius) {
+    if (m_radius == radius) {
+        return;
+    }
+    m_radius = radius;
+    emit radiusChanged();
+    redraw();
+}
+
+void PanelFrame::redraw() {
+    m_isStale = true;
+    update();
+}
+
+void PanelFrame::itemChange(ItemChange change, const ItemChangeData& data) {
+    QQuickItem::itemChange(change, data);
+    if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) {
+        redraw();
+    }
+}
+
+QSGNode* PanelFrame::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
+    std::unique_ptr<QSGNinePatchNode> node(static_cast<QSGNinePatchNode*>(oldNode));
+    const int pixels = static_cast<int>(std::ceil(side * window()->effectiveDevicePixelRatio()));
+    if (!node) {
+        node.reset(window()->createNinePatchNode());
+        m_isStale = true;
+    }
+    if (m_isStale) {
+        node->setTexture(window()->createTextureFromImage(drawnFrame(m_fill, m_radius, pixels)));
+        m_isStale = false;
+    }
+    constexpr int fixed = shadowReach + cornerReach;
+    node->setDevicePixelRatio(pixels / double(side));
+    node->setPadding(fixed, fixed, fixed, fixed);
+    node->setBounds(boundingRect().adjusted(-shadowReach, -shadowReach, shadowReach, shadowReach));
+    node->update();
+    return node.release();
+}
