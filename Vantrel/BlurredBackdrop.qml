@@ -23,7 +23,8 @@ Item {
         visible: false
         sourceItem: root.visible ? root.backdrop : null
         sourceRect: Qt.rect(root.place.x - root.reach, root.place.y - root.reach, root.grown.width, root.grown.height)
-        textureSize: root.reducedSize
+        textureSize.width: root.reducedSize.width
+        textureSize.height: root.reducedSize.height
     }
     ShaderEffect {
         id: blurredAcross
@@ -41,7 +42,8 @@ Item {
 
         visible: false
         sourceItem: root.visible ? blurredAcross : null
-        textureSize: root.reducedSize
+        textureSize.width: root.reducedSize.width
+        textureSize.height: root.reducedSize.height
     }
     ShaderEffect {
         readonly property var source: acrossTexture

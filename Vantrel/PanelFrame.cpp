@@ -6,6 +6,7 @@
 #include <QQuickWindow>
 #include <QSGNinePatchNode>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
@@ -23,8 +24,10 @@ constexpr double shadowOpacity = 0.3;
 constexpr int shadowReach = 22; // the blur and the drop
 /// The part of the picture, on each side, that is not stretched.
 constexpr int cornerReach = 20;
-/// The distance at which the shadow of a point ends, three standard deviations.
-constexpr int blurTaps = 18;
+/// A shadow has no detail: a few pixels are enough on every screen.
+constexpr int pointsOfShadowPixel = 2;
+/// The distance at which the shadow of a pixel ends, three standard deviations.
+constexpr int blurTaps = 9;
 
 /// A corner takes so many times its radius along each side...
 constexpr double cornerExtent = 1.5;
@@ -59,16 +62,16 @@ QPainterPath continuousRectangle(const QRectF& rect, double radius) {
     return path;
 }
 
-/// The weights of a blur, from the middle outward. A blur radius is two standard deviations.
-std::array<double, blurTaps + 1> gaussian() {
-    constexpr double deviation = shadowBlurRadius / 2;
-    std::array<double, blurTaps + 1> weights{};
-    double sum = 0;
+/// The weights of the shadow's blur, from the middle outward. A blur radius is two standard deviations.
+std::array<float, blurTaps + 1> gaussian() {
+    constexpr double deviation = shadowBlurRadius / 2 / pointsOfShadowPixel;
+    std::array<float, blurTaps + 1> weights{};
+    float sum = 0;
     for (int distance = 0; distance <= blurTaps; ++distance) {
-        weights[distance] = std::exp(-distance * distance / (2 * deviation * deviation));
+        weights[distance] = static_cast<float>(std::exp(-distance * distance / (2 * deviation * deviation)));
         sum += distance == 0 ? weights[distance] : 2 * weights[distance];
     }
-    for (double& weight : weights) {
+    for (float& weight : weights) {
         weight /= sum;
     }
     return weights;
@@ -78,32 +81,35 @@ std::array<double, blurTaps + 1> gaussian() {
 QImage blurredAndTransposed(const QImage& alpha) {
     const auto weights = gaussian();
     QImage blurred(alpha.height(), alpha.width(), QImage::Format_Alpha8);
+    uchar* const target = blurred.bits();
     for (int y = 0; y < alpha.height(); ++y) {
         const uchar* row = alpha.constScanLine(y);
         for (int x = 0; x < alpha.width(); ++x) {
-            double sum = 0;
-            for (int distance = -blurTaps; distance <= blurTaps; ++distance) {
-                const int from = x + distance;
-                sum += from >= 0 && from < alpha.width() ? row[from] * weights[std::abs(distance)] : 0;
+            float sum = 0;
+            const int last = std::min(x + blurTaps, alpha.width() - 1);
+            for (int from = std::max(x - blurTaps, 0); from <= last; ++from) {
+                sum += static_cast<float>(row[from]) * weights[std::abs(from - x)];
             }
-            blurred.scanLine(x)[y] = static_cast<uchar>(std::lround(sum));
+            target[x * blurred.bytesPerLine() + y] = static_cast<uchar>(std::lround(sum));
         }
     }
     return blurred;
 }
 
-/// A shadow has no detail: a pixel for each point is enough on every screen.
+/// The shadow of a shape in a square of that side.
 QImage shadowOf(const QPainterPath& path, int side) {
-    QImage shape(side, side, QImage::Format_Alpha8);
+    const int pixels = side / pointsOfShadowPixel;
+    QImage shape(pixels, pixels, QImage::Format_Alpha8);
     shape.fill(Qt::transparent);
     QPainter painter(&shape);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(1.0 / pointsOfShadowPixel, 1.0 / pointsOfShadowPixel);
     painter.fillPath(path.translated(0, shadowDrop), Qt::black);
     painter.end();
     return blurredAndTransposed(blurredAndTransposed(shape));
 }
 
-constexpr int side = 2 * (shadowReach + cornerReach) + 1;
+constexpr int side = 2 * (shadowReach + cornerReach) + 2;
 
 /// A panel as small as can be stretched to any size, with its shadow.
 QImage drawnFrame(const QColor& fill, double radius, int pixels) {

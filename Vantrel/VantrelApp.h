@@ -4,8 +4,11 @@
 #include "Platform/UserDefaults.h"
 #include "Vantrel/CullingViewModel.h"
 
+#include <QFontDatabase>
 #include <QQuickView>
 #include <QSettings>
+
+#include <thread>
 
 /// The application: one view model for the life of the process, and the main window that shows it. Made on the main
 /// thread after the QApplication.
@@ -20,6 +23,8 @@ public:
 private:
     QSettings m_settings;
     Platform::UserDefaults m_userDefaults{m_settings};
+    /// Looks for the system's fonts while the main thread decodes the first photo.
+    std::jthread m_fontSearch{[] { QFontDatabase::families(); }};
     Platform::SystemTaskScheduler m_scheduler;
     CullingViewModel m_viewModel{{m_scheduler, m_userDefaults, Platform::runFolderChooser}};
     QQuickView m_window;
