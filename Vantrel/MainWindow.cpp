@@ -4,6 +4,7 @@
 #include "Vantrel/CullingViewModel.h"
 
 #include <QGuiApplication>
+#include <QIcon>
 #include <QQmlEngine>
 #include <QQuickView>
 #include <QScreen>
@@ -23,11 +24,22 @@ QSize firstSize(const QWindow& window) {
     return preferredContentSize.boundedTo(available).expandedTo(leastContentSize);
 }
 
+/// Gives the application its icon once the first picture is on the screen, which need not wait for it.
+void setIconAfterFirstFrame(QQuickView& window) {
+    const auto setIcon = [] {
+        QGuiApplication::setWindowIcon(
+            QIcon(QStringLiteral(":/qt/qml/Vantrel/Assets/org.vantrel.Vantrel.svg")));
+    };
+    QObject::connect(&window, &QQuickWindow::frameSwapped, &window, setIcon,
+        static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+}
+
 } // namespace
 
 void setUpMainWindow(QQuickView& window, CullingViewModel& viewModel, Platform::TaskScheduler& scheduler) {
     qml_register_types_Vantrel();
     window.setTitle(QGuiApplication::applicationDisplayName());
+    setIconAfterFirstFrame(window);
     window.setColor(Qt::black);
     window.setMinimumSize(leastContentSize);
     window.resize(firstSize(window));
