@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QPalette>
 #include <QStandardPaths>
 #include <QWindow>
 
@@ -18,11 +19,29 @@ QString usualFolder() {
     return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
 }
 
+/// As dark as the rest of the application; choosers of the desktop keep their own colours.
+QPalette darkPalette() {
+    const QColor text(0xeb, 0xeb, 0xeb);
+    const QColor dimmed(0x8e, 0x8e, 0x93);
+    QPalette palette(QColor(0x3a, 0x3a, 0x3c), QColor(0x26, 0x26, 0x28));
+    palette.setColor(QPalette::Base, QColor(0x1c, 0x1c, 0x1e));
+    palette.setColor(QPalette::AlternateBase, QColor(0x2c, 0x2c, 0x2e));
+    palette.setColor(QPalette::Highlight, QColor(0x0a, 0x5e, 0xc4));
+    for (const auto role :
+        {QPalette::Text, QPalette::WindowText, QPalette::ButtonText, QPalette::HighlightedText}) {
+        palette.setColor(role, text);
+        palette.setColor(QPalette::Disabled, role, dimmed);
+    }
+    palette.setColor(QPalette::PlaceholderText, dimmed);
+    return palette;
+}
+
 } // namespace
 
 std::optional<FileURL> runFolderChooser(const QString& message, const FileURL& start) {
     QFileDialog chooser(
         nullptr, message, start.isEmpty() ? usualFolder() : QFile::decodeName(start.path().c_str()));
+    chooser.setPalette(darkPalette());
     chooser.setFileMode(QFileDialog::Directory);
     chooser.setOption(QFileDialog::ShowDirsOnly);
     chooser.setLabelText(QFileDialog::Accept, QStringLiteral("Open"));
