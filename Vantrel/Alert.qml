@@ -19,15 +19,21 @@ FocusScope {
     readonly property real screenMargin: 40
     readonly property real padding: 20
 
+    // A key that is still held since it opened the alert does not close it.
+    function dismissBy(event: KeyEvent) {
+        if (!event.isAutoRepeat)
+            root.dismissed();
+    }
+
     // Also where it is there from the start.
-    Component.onCompleted: if (root.visible) root.forceActiveFocus()
-    onVisibleChanged: if (root.visible) root.forceActiveFocus()
+    Component.onCompleted: if (root.visible) content.start()
+    onVisibleChanged: if (root.visible) content.start()
     Accessible.role: Accessible.AlertMessage
     Accessible.name: root.title
     Accessible.description: root.message
-    Keys.onEscapePressed: root.dismissed()
-    Keys.onReturnPressed: root.dismissed()
-    Keys.onEnterPressed: root.dismissed()
+    Keys.onEscapePressed: event => root.dismissBy(event)
+    Keys.onReturnPressed: event => root.dismissBy(event)
+    Keys.onEnterPressed: event => root.dismissBy(event)
     Keys.onPressed: event => event.accepted = true
 
     Rectangle {

@@ -13,8 +13,17 @@ FocusScope {
     signal dismissed
 
     readonly property real spacing: 14
+    readonly property real spaceAboveButtons: 20
 
-    implicitHeight: titleText.height + root.spacing + messageText.implicitHeight + root.spacing + buttons.height
+    // Wherever they were when the alert was last open: the text is at its beginning, and the button that changes nothing has
+    // the focus.
+    function start() {
+        messageText.deselect();
+        scroller.contentY = 0;
+        dismissButton.forceActiveFocus();
+    }
+
+    implicitHeight: titleText.height + root.spacing + messageText.implicitHeight + root.spaceAboveButtons + buttons.height
 
     Keys.onUpPressed: scroller.scroll(-scroller.line)
     Keys.onDownPressed: scroller.scroll(scroller.line)
@@ -50,7 +59,7 @@ FocusScope {
         anchors.top: titleText.bottom
         anchors.bottom: buttons.top
         anchors.topMargin: root.spacing
-        anchors.bottomMargin: root.spacing
+        anchors.bottomMargin: root.spaceAboveButtons
         contentWidth: width
         contentHeight: messageText.implicitHeight
         clip: true
@@ -74,9 +83,19 @@ FocusScope {
             Accessible.name: root.message
         }
     }
+    // Where the text goes on below.
+    Rectangle {
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: scroller.bottom
+        height: 1
+        visible: scrollBar.visible
+        color: Style.hairline
+    }
     ScrollBar {
         id: scrollBar
 
+        objectName: "alertScrollBar"
         anchors.right: parent.right
         anchors.top: scroller.top
         anchors.bottom: scroller.bottom
@@ -91,6 +110,8 @@ FocusScope {
         spacing: 10
 
         AlertButton {
+            id: dismissButton
+
             focus: true
             text: root.dismissText
             onClicked: root.dismissed()

@@ -8,19 +8,28 @@ Item {
     required property string text
     // Names the key that does the same; empty where there is none.
     property string shortcut: ""
+    // Whether the command can be given; its look tells. An alert before it disables the button without that.
+    property bool isAvailable: true
     readonly property bool isHovered: pointer.containsMouse && root.enabled
     readonly property bool isPressed: pointer.pressed && pointer.containsMouse
 
     signal clicked
 
+    // A held key presses once.
+    function press(event: KeyEvent) {
+        if (!event.isAutoRepeat)
+            root.clicked();
+    }
+
     activeFocusOnTab: true
+    enabled: root.isAvailable
     Accessible.role: Accessible.Button
     Accessible.name: root.text
     Accessible.description: root.shortcut
     Accessible.onPressAction: root.clicked()
-    Keys.onSpacePressed: root.clicked()
-    Keys.onReturnPressed: root.clicked()
-    Keys.onEnterPressed: root.clicked()
+    Keys.onSpacePressed: event => root.press(event)
+    Keys.onReturnPressed: event => root.press(event)
+    Keys.onEnterPressed: event => root.press(event)
 
     MouseArea {
         id: pointer

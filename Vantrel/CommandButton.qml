@@ -8,7 +8,7 @@ Button {
 
     implicitWidth: label.implicitWidth + 20
     implicitHeight: label.implicitHeight + 10
-    opacity: root.enabled ? 1 : 0.38
+    opacity: root.isAvailable ? 1 : 0.38
 
     Rectangle {
         anchors.fill: parent

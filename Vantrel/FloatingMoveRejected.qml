@@ -40,7 +40,7 @@ FloatingPanel {
         text: "Move Approved (" + root.viewModel.approvedCount + ")"
         symbol: "tray.and.arrow.up"
         shortcut: "Ctrl+A"
-        enabled: root.viewModel.canMoveApproved
+        isAvailable: root.viewModel.canMoveApproved
         onClicked: root.viewModel.moveApproved()
     }
     ShortcutHint {
@@ -52,7 +52,7 @@ FloatingPanel {
         text: "Move Rejected (" + root.viewModel.rejectedCount + ")"
         symbol: "tray.and.arrow.down"
         shortcut: "Ctrl+R"
-        enabled: root.viewModel.canMoveRejected
+        isAvailable: root.viewModel.canMoveRejected
         onClicked: root.viewModel.moveRejected()
     }
     ShortcutHint {

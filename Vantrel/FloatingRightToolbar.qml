@@ -14,7 +14,7 @@ FloatingPanel {
         text: "Undo"
         symbol: "arrow.uturn.backward"
         shortcut: "Ctrl+Z"
-        enabled: root.viewModel.canUndo
+        isAvailable: root.viewModel.canUndo
         onClicked: root.viewModel.undo()
     }
     PanelDivider {
@@ -38,7 +38,7 @@ FloatingPanel {
         visible: root.viewModel.isSyncRawFeatureEnabled
         text: "Sync RAW"
         symbol: "camera.aperture"
-        enabled: root.viewModel.canSyncRaw
+        isAvailable: root.viewModel.canSyncRaw
         onClicked: root.viewModel.findOrphanRawFiles()
     }
 }

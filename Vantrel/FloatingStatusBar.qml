@@ -14,6 +14,9 @@ FloatingPanel {
     Text {
         anchors.verticalCenter: parent?.verticalCenter
         width: 200
+        // The same for every name: letters of other fonts may be higher, and the panel is not to jump.
+        height: Style.bodyHeight
+        verticalAlignment: Text.AlignVCenter
         text: root.viewModel.currentPhotoTitle
         textFormat: Text.PlainText
         color: Style.primary

@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QQuickWindow>
-#include <QSGNinePatchNode>
+#include <QSGImageNode>
 
 #include <algorithm>
 #include <array>
@@ -22,9 +22,7 @@ constexpr double shadowOpacity = 0.3;
 
 /// How far from the panel the shadow is followed.
 constexpr int shadowReach = 22; // the blur and the drop
-/// The part of the picture, on each side, that is not stretched.
-constexpr int cornerReach = 20;
-/// A shadow has no detail: a few pixels are enough on every screen.
+/// A shadow has no detail: few pixels are enough on every screen.
 constexpr int pointsOfShadowPixel = 2;
 /// The distance at which the shadow of a pixel ends, three standard deviations.
 constexpr int blurTaps = 9;
@@ -96,34 +94,32 @@ QImage blurredAndTransposed(const QImage& alpha) {
     return blurred;
 }
 
-/// The shadow of a shape in a square of that side.
-QImage shadowOf(const QPainterPath& path, int side) {
-    const int pixels = side / pointsOfShadowPixel;
-    QImage shape(pixels, pixels, QImage::Format_Alpha8);
+/// The shadow of a shape in an area of that size.
+QImage shadowOf(const QPainterPath& path, QSizeF size) {
+    QImage shape((size / pointsOfShadowPixel).toSize(), QImage::Format_Alpha8);
     shape.fill(Qt::transparent);
     QPainter painter(&shape);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(1.0 / pointsOfShadowPixel, 1.0 / pointsOfShadowPixel);
     painter.fillPath(path.translated(0, shadowDrop), Qt::black);
     painter.end();
-    return blurredAndTransposed(blurredAndTransposed(shape));
+    return blurredAndTransposed(blurredAndTransposed(shape))
+        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
-constexpr int side = 2 * (shadowReach + cornerReach) + 2;
-
-/// A panel as small as can be stretched to any size, with its shadow.
-QImage drawnFrame(const QColor& fill, double radius, int pixels) {
-    const double pixelsPerPoint = pixels / double(side);
-    const QRectF panel(shadowReach, shadowReach, side - 2 * shadowReach, side - 2 * shadowReach);
+/// A panel of that size with its shadow, which reaches beyond it on all sides.
+QImage drawnFrame(QSizeF size, const QColor& fill, double radius, double devicePixelRatio) {
+    const QRectF panel(QPointF(shadowReach, shadowReach), size);
+    const QSizeF whole = size + 2 * QSizeF(shadowReach, shadowReach);
     const QPainterPath path = continuousRectangle(panel, radius);
-    QImage frame(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    const QImage shadow = shadowOf(path, whole);
+    QImage frame((whole * devicePixelRatio).toSize(), QImage::Format_ARGB32_Premultiplied);
+    frame.setDevicePixelRatio(devicePixelRatio);
     frame.fill(Qt::transparent);
     QPainter painter(&frame);
-    painter.scale(pixelsPerPoint, pixelsPerPoint);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
     painter.setOpacity(shadowOpacity);
-    painter.drawImage(
-        QRectF(0, 0, side, side), shadowOf(path, side).convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    painter.drawImage(QRectF(QPointF(), QSizeF(shadow.size()) * pointsOfShadowPixel), shadow);
     painter.setOpacity(1);
     painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
     painter.fillPath(path, Qt::black);
@@ -163,28 +159,39 @@ void PanelFrame::redraw() {
     update();
 }
 
+void PanelFrame::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    if (newGeometry.size() != oldGeometry.size()) {
+        redraw();
+    }
+}
+
 void PanelFrame::itemChange(ItemChange change, const ItemChangeData& data) {
     QQuickItem::itemChange(change, data);
-    if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) {
+    if (change == ItemDevicePixelRatioHasChanged) {
         redraw();
     }
 }
 
 QSGNode* PanelFrame::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
-    std::unique_ptr<QSGNinePatchNode> node(static_cast<QSGNinePatchNode*>(oldNode));
-    const int pixels = static_cast<int>(std::ceil(side * window()->effectiveDevicePixelRatio()));
+    std::unique_ptr<QSGImageNode> node(static_cast<QSGImageNode*>(oldNode));
+    if (boundingRect().isEmpty()) {
+        return nullptr;
+    }
     if (!node) {
-        node.reset(window()->createNinePatchNode());
+        node.reset(window()->createImageNode());
+        node->setOwnsTexture(true);
+        node->setFiltering(QSGTexture::Linear);
         m_isStale = true;
     }
     if (m_isStale) {
-        node->setTexture(window()->createTextureFromImage(drawnFrame(m_fill, m_radius, pixels)));
+        const double ratio = window()->effectiveDevicePixelRatio();
+        QImage frame = drawnFrame(size(), m_fill, m_radius, ratio);
+        frame.setDevicePixelRatio(1); // a texture is measured in pixels
+        node->setTexture(window()->createTextureFromImage(frame));
+        node->setSourceRect(QRectF(QPointF(), frame.size()));
+        node->setRect(QRectF(QPointF(-shadowReach, -shadowReach), QSizeF(frame.size()) / ratio));
         m_isStale = false;
     }
-    constexpr int fixed = shadowReach + cornerReach;
-    node->setDevicePixelRatio(pixels / double(side));
-    node->setPadding(fixed, fixed, fixed, fixed);
-    node->setBounds(boundingRect().adjusted(-shadowReach, -shadowReach, shadowReach, shadowReach));
-    node->update();
     return node.release();
 }

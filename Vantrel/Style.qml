@@ -12,6 +12,7 @@ QtObject {
     readonly property color panelFill: Qt.rgba(0.086, 0.086, 0.094, 0.91)
     readonly property color alertFill: "#262628"
     readonly property color hairline: Qt.rgba(1, 1, 1, 0.1)
+    readonly property color toolTipBorder: Qt.rgba(1, 1, 1, 0.22)
     readonly property color buttonFill: Qt.rgba(1, 1, 1, 0.1)
     readonly property color buttonFillHovered: Qt.rgba(1, 1, 1, 0.17)
     readonly property color buttonFillPressed: Qt.rgba(1, 1, 1, 0.26)
@@ -20,6 +21,7 @@ QtObject {
 
     readonly property int titleSize: 20
     readonly property int bodySize: 13
+    readonly property int bodyHeight: 16
     readonly property int captionSize: 11
     readonly property string monospaced: "monospace"
 

@@ -25,13 +25,13 @@ Rectangle {
     radius: Style.buttonRadius
     color: Style.alertFill
     border.width: 1
-    border.color: Style.hairline
+    border.color: Style.toolTipBorder
+    onIsWantedChanged: if (!root.isWanted) root.visible = false
 
     Timer {
         interval: 700
         running: root.isWanted
         onTriggered: root.visible = true
-        onRunningChanged: if (!root.isWanted) root.visible = false
     }
     Row {
         id: label
