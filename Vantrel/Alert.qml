@@ -28,9 +28,6 @@ FocusScope {
     // Also where it is there from the start.
     Component.onCompleted: if (root.visible) content.start()
     onVisibleChanged: if (root.visible) content.start()
-    Accessible.role: Accessible.AlertMessage
-    Accessible.name: root.title
-    Accessible.description: root.message
     Keys.onEscapePressed: event => root.dismissBy(event)
     Keys.onReturnPressed: event => root.dismissBy(event)
     Keys.onEnterPressed: event => root.dismissBy(event)
@@ -52,6 +49,9 @@ FocusScope {
         height: Math.min(content.implicitHeight + 2 * root.padding, root.height - 2 * root.screenMargin)
         radius: 12
         fill: Style.alertFill
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: root.title
+        Accessible.description: root.message
 
         AlertContent {
             id: content

@@ -80,6 +80,7 @@ FocusScope {
             selectionColor: Style.selection
             selectedTextColor: Style.primary
             font.pixelSize: Style.bodySize
+            Accessible.role: Accessible.StaticText
             Accessible.name: root.message
         }
     }

@@ -1,19 +1,15 @@
 import QtQuick
+import Vantrel
 
 // What all buttons share: a press by pointer, by Space, Return or Enter, or by a screen reader. The pointer does not give
 // it the keyboard focus, which only Tab does, so that a click leaves the keys where they are.
-Item {
+AccessibleControl {
     id: root
 
-    required property string text
-    // Names the key that does the same; empty where there is none.
-    property string shortcut: ""
     // Whether the command can be given; its look tells. An alert before it disables the button without that.
     property bool isAvailable: true
     readonly property bool isHovered: pointer.containsMouse && root.enabled
     readonly property bool isPressed: pointer.pressed && pointer.containsMouse
-
-    signal clicked
 
     // A held key presses once.
     function press(event: KeyEvent) {
@@ -24,9 +20,6 @@ Item {
     activeFocusOnTab: true
     enabled: root.isAvailable
     Accessible.role: Accessible.Button
-    Accessible.name: root.text
-    Accessible.description: root.shortcut
-    Accessible.onPressAction: root.clicked()
     Keys.onSpacePressed: event => root.press(event)
     Keys.onReturnPressed: event => root.press(event)
     Keys.onEnterPressed: event => root.press(event)

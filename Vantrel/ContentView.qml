@@ -26,6 +26,7 @@ ScreenKeys {
         focus: true
         activeFocusOnTab: true
         Accessible.role: Accessible.Graphic
+        Accessible.ignored: root.isAsking
         Accessible.name: root.hasPhotos ? root.viewModel.currentPhotoDescription : root.viewModel.hasFolder ? noImages.text : empty.text
         Accessible.onNextPageAction: root.viewModel.nextPhoto()
         Accessible.onPreviousPageAction: root.viewModel.previousPhoto()

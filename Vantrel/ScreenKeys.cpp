@@ -7,7 +7,8 @@ namespace {
 /// The key as a layout of Latin letters would give it: letters of other scripts are matched by their place on the
 /// keyboard. Key codes are those of the X11 and Wayland keyboards (Linux evdev codes + 8).
 int latinKey(const QKeyEvent& event) {
-    const bool isLatin = event.key() < 0x100 || event.key() >= Qt::Key_Escape;
+    constexpr int endOfLatinLetters = 0x250;
+    const bool isLatin = event.key() < endOfLatinLetters || event.key() >= Qt::Key_Escape;
     if (isLatin) {
         return event.key();
     }

@@ -4,16 +4,11 @@ import QtQuick
 Button {
     id: root
 
-    required property bool isChecked
-
     text: "Zoom Locked"
     shortcut: "Ctrl+L"
     implicitWidth: content.implicitWidth
     implicitHeight: content.implicitHeight
-    Accessible.role: Accessible.CheckBox
-    Accessible.checkable: true
-    Accessible.checked: root.isChecked
-    Accessible.onToggleAction: root.clicked()
+    isCheckable: true
 
     Row {
         id: content

@@ -1,0 +1,147 @@
+#include "Vantrel/AccessibleControl.h"
+
+#include <QAccessible>
+#include <QAccessibleObject>
+#include <QQuickWindow>
+
+namespace {
+
+/// What accessibility asks of a control.
+class ControlInterface final : public QAccessibleObject, public QAccessibleActionInterface {
+public:
+    explicit ControlInterface(AccessibleControl& control) : QAccessibleObject(&control) {}
+
+    QAccessibleInterface* parent() const override;
+    QAccessibleInterface* child(int) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+    QWindow* window() const override { return control().window(); }
+
+    QString text(QAccessible::Text text) const override;
+    QAccessible::Role role() const override;
+    QAccessible::State state() const override;
+    QRect rect() const override;
+    void* interface_cast(QAccessible::InterfaceType type) override;
+
+    QStringList actionNames() const override;
+    void doAction(const QString& name) override;
+    QStringList keyBindingsForAction(const QString& name) const override;
+
+private:
+    AccessibleControl& control() const { return *static_cast<AccessibleControl*>(object()); }
+};
+
+/// The nearest item around the control that is accessible, or its window.
+QAccessibleInterface* ControlInterface::parent() const {
+    for (QQuickItem* item = control().parentItem(); item; item = item->parentItem()) {
+        if (QAccessibleInterface* found = QAccessible::queryAccessibleInterface(item)) {
+            return found;
+        }
+    }
+    return QAccessible::queryAccessibleInterface(control().window());
+}
+
+QString ControlInterface::text(QAccessible::Text text) const {
+    switch (text) {
+    case QAccessible::Name:
+        return control().text();
+    case QAccessible::Description:
+    case QAccessible::Accelerator:
+        return control().shortcut();
+    default:
+        return {};
+    }
+}
+
+QAccessible::Role ControlInterface::role() const {
+    return control().isCheckable() ? QAccessible::CheckBox : QAccessible::Button;
+}
+
+QAccessible::State ControlInterface::state() const {
+    QAccessible::State state;
+    state.disabled = !control().isEnabled();
+    state.invisible = !control().isVisible();
+    state.focusable = control().isEnabled() && control().isVisible();
+    state.focused = control().hasActiveFocus();
+    state.checkable = control().isCheckable();
+    state.checked = control().isChecked();
+    return state;
+}
+
+QRect ControlInterface::rect() const {
+    const QRectF inScene = control().mapRectToScene(control().boundingRect());
+    return control().window() ? inScene.translated(control().window()->position()).toRect() : QRect();
+}
+
+void* ControlInterface::interface_cast(QAccessible::InterfaceType type) {
+    return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this) : nullptr;
+}
+
+QStringList ControlInterface::actionNames() const {
+    if (!control().isEnabled() || !control().isVisible()) {
+        return {};
+    }
+    QStringList names{pressAction(), setFocusAction()};
+    if (control().isCheckable()) {
+        names.prepend(toggleAction());
+    }
+    return names;
+}
+
+void ControlInterface::doAction(const QString& name) {
+    if (!actionNames().contains(name)) {
+        return;
+    }
+    if (name == setFocusAction()) {
+        control().forceActiveFocus();
+        return;
+    }
+    // Later: who asked is not to wait until a chooser that the click opens is closed.
+    QMetaObject::invokeMethod(&control(), &AccessibleControl::clicked, Qt::QueuedConnection);
+}
+
+QStringList ControlInterface::keyBindingsForAction(const QString& name) const {
+    const bool isTheKeysAction = name == pressAction() && !control().shortcut().isEmpty();
+    return isTheKeysAction ? QStringList{control().shortcut()} : QStringList();
+}
+
+QAccessibleInterface* makeControlInterface(const QString& className, QObject* object) {
+    auto* control = className == QLatin1String(AccessibleControl::staticMetaObject.className())
+                        ? qobject_cast<AccessibleControl*>(object)
+                        : nullptr;
+    return control ? new ControlInterface(*control) : nullptr; // owned by the toolkit
+}
+
+} // namespace
+
+AccessibleControl::AccessibleControl(QQuickItem* parent) : QQuickItem(parent) {
+    connect(this, &AccessibleControl::textChanged, this, &AccessibleControl::tellName);
+    connect(this, &AccessibleControl::isCheckedChanged, this, &AccessibleControl::tellChecked);
+}
+
+void AccessibleControl::install() {
+    QAccessible::installFactory(makeControlInterface);
+}
+
+void AccessibleControl::tellName() {
+    QAccessibleEvent event(this, QAccessible::NameChanged);
+    QAccessible::updateAccessibility(&event);
+}
+
+void AccessibleControl::tellChecked() {
+    QAccessible::State changed;
+    changed.checked = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
+void AccessibleControl::itemChange(ItemChange change, const ItemChangeData& data) {
+    QQuickItem::itemChange(change, data);
+    if (change == ItemEnabledHasChanged) {
+        QAccessible::State changed;
+        changed.disabled = true;
+        changed.focusable = true;
+        QAccessibleStateChangeEvent event(this, changed);
+        QAccessible::updateAccessibility(&event);
+    }
+}
