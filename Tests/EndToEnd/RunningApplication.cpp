@@ -4,36 +4,40 @@
 
 using Platform::FileURL;
 
-RunningApplication::RunningApplication(const VirtualScreen& screen, const FileURL& home, Renderer renderer)
-    : m_screen(screen) {
-    auto environment = environmentFor(home, screen.displayName());
-    environment.insert("QT_QPA_PLATFORM", "xcb");
+RunningApplication::RunningApplication(
+    const Desktop& desktop, const FileURL& home, Renderer renderer, const QString& program)
+    : m_desktop(desktop) {
+    auto environment = desktop.environment(home);
     if (renderer == Renderer::Software) {
         environment.insert("QT_QUICK_BACKEND", "software");
-    } else {
+    } else if (renderer == Renderer::OpenGL) {
         environment.insert("QSG_RHI_BACKEND", "opengl");
         environment.insert("LIBGL_ALWAYS_SOFTWARE", "1");
         environment.insert("QML_DISABLE_DISTANCEFIELD", "1"); // letters as the painter draws them, to be read
-        environment.insert("QSG_INFO", "1");                  // tells what really draws
     }
+    environment.insert("QSG_INFO", "1"); // tells what really draws
     environment.insert("QT_FORCE_STDERR_LOGGING", "1");
     m_process.setProcessEnvironment(environment);
     endWithThisProcessAndHeedPermissions(m_process);
-    m_process.start(QStringLiteral(VANTREL_PROGRAM), QStringList());
+    m_process.start(program, QStringList());
 }
 
 RunningApplication::~RunningApplication() {
     kill();
 }
 
+QString RunningApplication::deliveredProgram() {
+    return QStringLiteral(VANTREL_PROGRAM);
+}
+
 bool RunningApplication::waitUntilReady() {
     const bool isReady = QTest::qWaitFor([&] { return isInFront() || hasEnded(); }, patience) && !hasEnded();
-    m_window = m_screen.activeWindow();
+    m_window = m_desktop.activeWindow();
     return isReady;
 }
 
 bool RunningApplication::isInFront(QStringView title) const {
-    const ScreenWindow window = m_screen.activeWindow(); // may still be one of a process that has just ended
+    const ScreenWindow window = m_desktop.activeWindow(); // may still be one of a process that has just ended
     return window.processId == m_process.processId() && window.title == title && !window.content.isEmpty();
 }
 

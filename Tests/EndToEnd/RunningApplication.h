@@ -1,17 +1,23 @@
 #pragma once
 
 #include "Tests/EndToEnd/ChildProcess.h"
-#include "Tests/EndToEnd/VirtualScreen.h"
+#include "Tests/EndToEnd/Desktop.h"
 
-/// What draws the application's windows: Qt's painter, or OpenGL, which the processor computes here.
-enum class Renderer { Software, OpenGL };
+/// What draws the application's windows: Qt's painter, OpenGL, which the processor computes here, or what the application
+/// itself chooses.
+enum class Renderer { Software, OpenGL, Chosen };
 
-/// The application as users start it, on a virtual screen. It is killed at the end of its scope where it
+/// The application as users start it, on a desktop of the tests. It is killed at the end of its scope where it
 /// still runs.
 class RunningApplication {
 public:
-    /// Starts it with that home folder, where its settings are found and left.
-    RunningApplication(const VirtualScreen& screen, const Platform::FileURL& home, Renderer renderer);
+    /// The program as users get it.
+    static QString deliveredProgram();
+
+    /// Starts it with that home folder, where its settings are found and left. The program is the delivered one, or
+    /// another make of it.
+    RunningApplication(const Desktop& desktop, const Platform::FileURL& home, Renderer renderer,
+        const QString& program = deliveredProgram());
     ~RunningApplication();
     RunningApplication(const RunningApplication&) = delete;
     RunningApplication& operator=(const RunningApplication&) = delete;
@@ -26,7 +32,7 @@ public:
     bool isInFront(QStringView title) const;
 
     /// What its main window shows, without the frame.
-    QImage picture() const { return m_screen.picture().copy(m_window.content); }
+    QImage picture() const { return m_desktop.picture().copy(m_window.content); }
 
     /// The main window as it was when it became ready.
     const ScreenWindow& window() const { return m_window; }
@@ -46,7 +52,7 @@ public:
     QString messages();
 
 private:
-    const VirtualScreen& m_screen;
+    const Desktop& m_desktop;
     QProcess m_process;
     ScreenWindow m_window;
     QByteArray m_messages;

@@ -31,9 +31,9 @@ void SessionFixture::cleanup() {
     QVERIFY2(!messages.contains("qrc:"), qPrintable(messages)); // the screen's code complains of nothing
 }
 
-bool SessionFixture::start(Renderer renderer) {
+bool SessionFixture::start(Renderer renderer, const QString& program) {
     m_application.reset();
-    m_application = std::make_unique<RunningApplication>(*m_screen, m_home->url(), renderer);
+    m_application = std::make_unique<RunningApplication>(desktop(), m_home->url(), renderer, program);
     return m_application->waitUntilReady();
 }
 

@@ -20,14 +20,18 @@
 class SessionFixture : public QObject {
     Q_OBJECT
 
-private slots:
+protected slots:
     void initTestCase();
     void init();
     void cleanup();
 
 protected:
-    /// Starts the application, for the first time or again.
-    bool start(Renderer renderer = Renderer::Software);
+    /// Where the application appears.
+    virtual const Desktop& desktop() const { return *m_screen; }
+
+    /// Starts the application, for the first time or again; the delivered program, or another make of it.
+    bool start(Renderer renderer = Renderer::Software,
+        const QString& program = RunningApplication::deliveredProgram());
 
     /// Presses one key after the other.
     void press(const std::vector<Key>& keys);

@@ -21,6 +21,7 @@ namespace {
 
 const QString serverProgram = QStringLiteral("Xvfb");
 const QString windowManagerProgram = QStringLiteral("openbox");
+const QString layoutProgram = QStringLiteral("setxkbmap");
 
 /// Windows come and go while they are asked about: what is asked of one that is gone has no answer, and that
 /// is all.
@@ -74,15 +75,6 @@ QRect contentRect(Display* display, Window window) {
     return {x, y, attributes.width, attributes.height};
 }
 
-/// The key that gives that sign, and whether Shift is needed for it.
-std::pair<KeyCode, bool> keyFor(Display* display, Key sign) {
-    const KeyCode code = XKeysymToKeycode(display, sign);
-    if (code == 0) {
-        throw std::logic_error("the keyboard has no such key");
-    }
-    return {code, XkbKeycodeToKeysym(display, code, 0, 0) != sign};
-}
-
 } // namespace
 
 void VirtualScreen::Closer::operator()(_XDisplay* display) const {
@@ -90,7 +82,7 @@ void VirtualScreen::Closer::operator()(_XDisplay* display) const {
 }
 
 QString VirtualScreen::lacking() {
-    for (const QString& program : {serverProgram, windowManagerProgram}) {
+    for (const QString& program : {serverProgram, windowManagerProgram, layoutProgram}) {
         if (QStandardPaths::findExecutable(program).isEmpty()) {
             return program + QStringLiteral(" is not installed");
         }
@@ -123,6 +115,28 @@ void VirtualScreen::startServer() {
         throw std::runtime_error("the virtual screen cannot be reached");
     }
     XSetErrorHandler(ignoreError);
+    learnKeys();
+}
+
+void VirtualScreen::learnKeys() {
+    int first = 0;
+    int last = 0;
+    XDisplayKeycodes(m_display.get(), &first, &last);
+    for (const bool isShifted : {false, true}) {
+        for (int code = first; code <= last; ++code) {
+            const auto keyCode = static_cast<KeyCode>(code);
+            m_places.try_emplace(
+                XkbKeycodeToKeysym(m_display.get(), keyCode, 0, isShifted), Place{keyCode, isShifted});
+        }
+    }
+}
+
+VirtualScreen::Place VirtualScreen::placeOf(Key sign) const {
+    const auto found = m_places.find(sign);
+    if (sign == NoSymbol || found == m_places.end()) {
+        throw std::logic_error("the keyboard has no such key");
+    }
+    return found->second;
 }
 
 void VirtualScreen::startWindowManager() {
@@ -133,6 +147,12 @@ void VirtualScreen::startWindowManager() {
     if (!QTest::qWaitFor([&] { return hasWindowManager(); }, patience)) {
         throw std::runtime_error("the window manager does not start");
     }
+}
+
+QProcessEnvironment VirtualScreen::environment(const Platform::FileURL& home) const {
+    auto environment = environmentFor(home, m_displayName);
+    environment.insert("QT_QPA_PLATFORM", "xcb");
+    return environment;
 }
 
 QImage VirtualScreen::picture() const {
@@ -173,18 +193,45 @@ ScreenWindow VirtualScreen::activeWindow() const {
 }
 
 void VirtualScreen::key(Key key, bool isDown, std::chrono::milliseconds delay) {
-    const KeyCode code = keyFor(m_display.get(), key).first;
-    XTestFakeKeyEvent(m_display.get(), code, isDown, static_cast<unsigned long>(delay.count()));
+    XTestFakeKeyEvent(
+        m_display.get(), placeOf(key).keyCode, isDown, static_cast<unsigned long>(delay.count()));
+}
+
+void VirtualScreen::setLayout(const QString& layouts) {
+    QProcess::execute(layoutProgram, {"-display", m_displayName, "-layout", layouts});
+}
+
+void VirtualScreen::setKeyRepeat(std::chrono::milliseconds delay, std::chrono::milliseconds interval) {
+    XkbSetAutoRepeatRate(m_display.get(), XkbUseCoreKbd, static_cast<unsigned int>(delay.count()),
+        static_cast<unsigned int>(interval.count()));
+}
+
+void VirtualScreen::hold(Key held) {
+    key(held, true);
+    XFlush(m_display.get());
+}
+
+void VirtualScreen::letGo(Key held) {
+    key(held, false);
+    XFlush(m_display.get());
 }
 
 void VirtualScreen::press(const std::vector<Key>& chord) {
-    for (const Key part : chord) {
-        key(part, true);
-    }
-    for (auto part = chord.rbegin(); part != chord.rend(); ++part) {
-        key(*part, false);
-    }
+    hold(chord);
+    letGo(chord);
     XFlush(m_display.get());
+}
+
+void VirtualScreen::hold(const std::vector<Key>& keys) {
+    for (const Key held : keys) {
+        key(held, true);
+    }
+}
+
+void VirtualScreen::letGo(const std::vector<Key>& keys) {
+    for (auto held = keys.rbegin(); held != keys.rend(); ++held) {
+        key(*held, false);
+    }
 }
 
 void VirtualScreen::repeat(Key repeated, int count, std::chrono::milliseconds interval) {
@@ -198,7 +245,7 @@ void VirtualScreen::repeat(Key repeated, int count, std::chrono::milliseconds in
 void VirtualScreen::type(const std::string& text) {
     for (const unsigned char character : text) {
         const Key sign = character; // the keysyms of ASCII are its codes
-        if (keyFor(m_display.get(), sign).second) {
+        if (placeOf(sign).isShifted) {
             press({XK_Shift_L, sign});
         } else {
             press({sign});
@@ -212,10 +259,17 @@ void VirtualScreen::movePointer(QPoint position) {
     XFlush(m_display.get());
 }
 
-void VirtualScreen::drag(QPoint from, QPoint way) {
+void VirtualScreen::click(QPoint position) {
+    movePointer(position);
+    click(Button1, 1);
+    XFlush(m_display.get());
+}
+
+void VirtualScreen::drag(QPoint from, QPoint way, const std::vector<Key>& held) {
     constexpr int steps = 10;
     constexpr unsigned long stepTime = 8; // ms, as mice report
     Display* display = m_display.get();
+    hold(held);
     movePointer(from);
     XTestFakeButtonEvent(display, Button1, True, CurrentTime);
     for (int step = 1; step <= steps; ++step) {
@@ -223,17 +277,14 @@ void VirtualScreen::drag(QPoint from, QPoint way) {
         XTestFakeMotionEvent(display, DefaultScreen(display), position.x(), position.y(), stepTime);
     }
     XTestFakeButtonEvent(display, Button1, False, CurrentTime);
+    letGo(held);
     XFlush(display);
 }
 
 void VirtualScreen::turnWheel(int notches, const std::vector<Key>& held) {
-    for (const Key part : held) {
-        key(part, true);
-    }
+    hold(held);
     click(notches > 0 ? Button4 : Button5, std::abs(notches));
-    for (const Key part : held) {
-        key(part, false);
-    }
+    letGo(held);
     XFlush(m_display.get());
 }
 

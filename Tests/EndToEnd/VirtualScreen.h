@@ -1,51 +1,51 @@
 #pragma once
 
+#include "Tests/EndToEnd/Desktop.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <QImage>
 #include <QPoint>
 #include <QProcess>
-#include <QRect>
 #include <QString>
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 struct _XDisplay; // NOLINT(bugprone-reserved-identifier): the name is Xlib's
 
-/// A key by its X name: a keysym, such as XK_Right or XK_a.
+/// A key by the X name of the sign that an English keyboard has on it: a keysym, such as XK_Right or XK_a.
 using Key = unsigned long;
-
-/// A window on the screen as a pager sees it.
-struct ScreenWindow {
-    unsigned long id = 0; ///< 0: no window
-    QString title;
-    QString className; ///< the instance part of WM_CLASS
-    qint64 processId = 0;
-    QRect content; ///< in pixels of the screen, without the frame
-};
 
 /// An X screen of its own, seen by nobody, with a window manager on it: windows become active, carry frames
 /// and are closed as on a desktop. Ends with its scope. One at a time in a process, on the main thread.
-class VirtualScreen {
+class VirtualScreen : public Desktop {
 public:
     /// What this machine lacks to have one, as a sentence; empty where it has all.
     static QString lacking();
 
     /// Starts it and waits until the window manager is in charge; throws std::runtime_error where that fails.
     VirtualScreen();
-    ~VirtualScreen();
+    ~VirtualScreen() override;
 
     /// The value of DISPLAY for programs that are to appear on it.
     QString displayName() const { return m_displayName; }
 
-    /// What is seen on the whole screen now.
-    QImage picture() const;
+    QProcessEnvironment environment(const Platform::FileURL& home) const override;
+    QImage picture() const override;
+    ScreenWindow activeWindow() const override;
 
-    /// The window that has the keyboard, frame and title as they are now.
-    ScreenWindow activeWindow() const;
+    /// Gives the keyboard these layouts, the first of them in use: "ru,us". The keys are where they were.
+    void setLayout(const QString& layouts);
+
+    /// Has a key that is held repeat after the delay, in that interval.
+    void setKeyRepeat(std::chrono::milliseconds delay, std::chrono::milliseconds interval);
+
+    /// Presses a key and holds it, until it is let go.
+    void hold(Key held);
+    void letGo(Key held);
 
     /// Presses the keys in order and lets them go in reverse order: {XK_Control_L, XK_o}.
     void press(const std::vector<Key>& chord);
@@ -60,8 +60,12 @@ public:
     /// Moves the pointer there, in pixels of the screen.
     void movePointer(QPoint position);
 
-    /// Presses the left button of the mouse, moves the pointer by that way as a hand does, and lets go.
-    void drag(QPoint from, QPoint way);
+    /// Moves the pointer there and clicks with the left button of the mouse.
+    void click(QPoint position);
+
+    /// Presses the left button of the mouse, moves the pointer by that way as a hand does, and lets go; with keys
+    /// held meanwhile.
+    void drag(QPoint from, QPoint way, const std::vector<Key>& held = {});
 
     /// Turns the wheel by so many notches, away from the hand; with keys held meanwhile.
     void turnWheel(int notches, const std::vector<Key>& held = {});
@@ -73,13 +77,23 @@ public:
     void close(const ScreenWindow& window);
 
 private:
+    /// Where a sign is on the keyboard.
+    struct Place {
+        unsigned char keyCode = 0;
+        bool isShifted = false;
+    };
+
     struct Closer {
         void operator()(_XDisplay* display) const;
     };
 
     void startServer();
+    void learnKeys();
     void startWindowManager();
+    Place placeOf(Key sign) const;
     void key(Key key, bool isDown, std::chrono::milliseconds delay = {});
+    void hold(const std::vector<Key>& keys);
+    void letGo(const std::vector<Key>& keys);
     void click(unsigned int button, int count);
     bool hasWindowManager() const;
 
@@ -87,5 +101,6 @@ private:
     QProcess m_server;
     QProcess m_windowManager;
     QString m_displayName;
+    std::map<Key, Place> m_places; // on the English keyboard that it starts with
     std::unique_ptr<_XDisplay, Closer> m_display;
 };
