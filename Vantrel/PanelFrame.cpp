@@ -11,6 +11,7 @@
 #include <cmath>
 #include <memory>
 #include <numbers>
+#include <vector>
 
 namespace {
 
@@ -23,9 +24,9 @@ constexpr double shadowOpacity = 0.3;
 /// How far from the panel the shadow is followed.
 constexpr int shadowReach = 22; // the blur and the drop
 /// A shadow has no detail: few pixels are enough on every screen.
-constexpr int pointsOfShadowPixel = 2;
-/// The distance at which the shadow of a pixel ends, three standard deviations.
-constexpr int blurTaps = 9;
+constexpr int pointsOfShadowPixel = 4;
+/// The distance at which the shadow of a pixel ends, more than three standard deviations.
+constexpr int blurTaps = 5;
 
 /// A corner takes so many times its radius along each side...
 constexpr double cornerExtent = 1.5;
@@ -78,17 +79,24 @@ std::array<float, blurTaps + 1> gaussian() {
 /// The picture blurred along its rows, and turned: what were its rows are its columns.
 QImage blurredAndTransposed(const QImage& alpha) {
     const auto weights = gaussian();
-    QImage blurred(alpha.height(), alpha.width(), QImage::Format_Alpha8);
+    const int width = alpha.width();
+    QImage blurred(alpha.height(), width, QImage::Format_Alpha8);
     uchar* const target = blurred.bits();
+    const qsizetype stride = blurred.bytesPerLine();
+    std::vector<float> row(width + 2 * blurTaps); // with nothing beyond both ends
+    std::vector<float> sums(width);
     for (int y = 0; y < alpha.height(); ++y) {
-        const uchar* row = alpha.constScanLine(y);
-        for (int x = 0; x < alpha.width(); ++x) {
-            float sum = 0;
-            const int last = std::min(x + blurTaps, alpha.width() - 1);
-            for (int from = std::max(x - blurTaps, 0); from <= last; ++from) {
-                sum += static_cast<float>(row[from]) * weights[std::abs(from - x)];
+        std::copy_n(alpha.constScanLine(y), width, row.begin() + blurTaps);
+        std::ranges::fill(sums, 0.5F); // rounds
+        for (int tap = -blurTaps; tap <= blurTaps; ++tap) {
+            const float weight = weights[std::abs(tap)];
+            const float* shifted = row.data() + blurTaps + tap;
+            for (int x = 0; x < width; ++x) {
+                sums[x] += weight * shifted[x];
             }
-            target[x * blurred.bytesPerLine() + y] = static_cast<uchar>(std::lround(sum));
+        }
+        for (int x = 0; x < width; ++x) {
+            target[x * stride + y] = static_cast<uchar>(sums[x]);
         }
     }
     return blurred;
@@ -96,7 +104,8 @@ QImage blurredAndTransposed(const QImage& alpha) {
 
 /// The shadow of a shape in an area of that size.
 QImage shadowOf(const QPainterPath& path, QSizeF size) {
-    QImage shape((size / pointsOfShadowPixel).toSize(), QImage::Format_Alpha8);
+    const QSizeF pixels = size / pointsOfShadowPixel;
+    QImage shape(qCeil(pixels.width()), qCeil(pixels.height()), QImage::Format_Alpha8);
     shape.fill(Qt::transparent);
     QPainter painter(&shape);
     painter.setRenderHint(QPainter::Antialiasing);
