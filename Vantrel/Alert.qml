@@ -4,7 +4,7 @@ import Vantrel
 // A question or a message before which everything else waits: it has the keys and the pointer while it is visible.
 // Whoever shows it closes it, and disables what it covers: it asks by dismissed() (the button that changes nothing, Escape,
 // Return) or confirmed() (the button that does something, pressed on purpose).
-FocusScope {
+AlertKeys {
     id: root
 
     required property string title
@@ -14,24 +14,13 @@ FocusScope {
     property string destructiveText: ""
 
     signal confirmed
-    signal dismissed
 
     readonly property real screenMargin: 40
     readonly property real padding: 20
 
-    // A key that is still held since it opened the alert does not close it.
-    function dismissBy(event: KeyEvent) {
-        if (!event.isAutoRepeat)
-            root.dismissed();
-    }
-
     // Also where it is there from the start.
     Component.onCompleted: if (root.visible) content.start()
     onVisibleChanged: if (root.visible) content.start()
-    Keys.onEscapePressed: event => root.dismissBy(event)
-    Keys.onReturnPressed: event => root.dismissBy(event)
-    Keys.onEnterPressed: event => root.dismissBy(event)
-    Keys.onPressed: event => event.accepted = true
 
     Rectangle {
         anchors.fill: parent

@@ -3,7 +3,7 @@ import Vantrel
 
 // What all buttons share: a press by pointer, by Space, Return or Enter, or by a screen reader. The pointer does not give
 // it the keyboard focus, which only Tab does, so that a click leaves the keys where they are.
-AccessibleControl {
+Control {
     id: root
 
     // Whether the command can be given; its look tells. An alert before it disables the button without that.
@@ -11,18 +11,9 @@ AccessibleControl {
     readonly property bool isHovered: pointer.containsMouse && root.enabled
     readonly property bool isPressed: pointer.pressed && pointer.containsMouse
 
-    // A held key presses once.
-    function press(event: KeyEvent) {
-        if (!event.isAutoRepeat)
-            root.clicked();
-    }
-
     activeFocusOnTab: true
     enabled: root.isAvailable
     Accessible.role: Accessible.Button
-    Keys.onSpacePressed: event => root.press(event)
-    Keys.onReturnPressed: event => root.press(event)
-    Keys.onEnterPressed: event => root.press(event)
 
     MouseArea {
         id: pointer

@@ -1,7 +1,7 @@
 #include "Vantrel/MainWindow.h"
 
 #include "Platform/Task.h"
-#include "Vantrel/AccessibleControl.h"
+#include "Vantrel/Control.h"
 #include "Vantrel/CullingViewModel.h"
 
 #include <QGuiApplication>
@@ -39,7 +39,7 @@ void setIconAfterFirstFrame(QQuickView& window) {
 
 void setUpMainWindow(QQuickView& window, CullingViewModel& viewModel, Platform::TaskScheduler& scheduler) {
     qml_register_types_Vantrel();
-    AccessibleControl::install();
+    Control::installAccessibility();
     window.setTitle(QGuiApplication::applicationDisplayName());
     setIconAfterFirstFrame(window);
     window.setColor(Qt::black);

@@ -5,6 +5,7 @@
 #include "Tests/EndToEnd/ScreenReading.h"
 #include "Tests/EndToEnd/SessionFixture.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/WithPermissions.h"
 #include "Tests/Vantrel/CullingFixture.h"
 
 #include <QTest>
@@ -64,20 +65,6 @@ public:
 private:
     const VirtualScreen& m_screen;
     MessageBus m_bus;
-};
-
-/// Gives a folder other permissions until the end of the scope.
-class WithPermissions {
-public:
-    WithPermissions(const FileURL& folder, std::filesystem::perms permissions) : m_folder(folder) {
-        std::filesystem::permissions(m_folder.path(), permissions);
-    }
-    ~WithPermissions() { std::filesystem::permissions(m_folder.path(), std::filesystem::perms::owner_all); }
-    WithPermissions(const WithPermissions&) = delete;
-    WithPermissions& operator=(const WithPermissions&) = delete;
-
-private:
-    FileURL m_folder;
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "Tests/EndToEnd/FolderContent.h"
 #include "Tests/EndToEnd/ScreenReading.h"
 #include "Tests/EndToEnd/SessionFixture.h"
+#include "Tests/Support/WithPermissions.h"
 #include "Tests/Vantrel/CullingFixture.h"
 
 #include <QDeadlineTimer>
@@ -39,20 +40,6 @@ std::vector<std::string> cameraNames(int count) {
 QByteArray readablePhoto(int index) {
     return flatPhoto(readablePhotoColor(index), readablePhotoSize);
 }
-
-/// Gives a folder other permissions until the end of the scope.
-class WithPermissions {
-public:
-    WithPermissions(const FileURL& folder, std::filesystem::perms permissions) : m_folder(folder) {
-        std::filesystem::permissions(m_folder.path(), permissions);
-    }
-    ~WithPermissions() { std::filesystem::permissions(m_folder.path(), std::filesystem::perms::owner_all); }
-    WithPermissions(const WithPermissions&) = delete;
-    WithPermissions& operator=(const WithPermissions&) = delete;
-
-private:
-    FileURL m_folder;
-};
 
 } // namespace
 

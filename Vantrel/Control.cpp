@@ -1,7 +1,8 @@
-#include "Vantrel/AccessibleControl.h"
+#include "Vantrel/Control.h"
 
 #include <QAccessible>
 #include <QAccessibleObject>
+#include <QKeyEvent>
 #include <QQuickWindow>
 
 namespace {
@@ -9,7 +10,7 @@ namespace {
 /// What accessibility asks of a control.
 class ControlInterface final : public QAccessibleObject, public QAccessibleActionInterface {
 public:
-    explicit ControlInterface(AccessibleControl& control) : QAccessibleObject(&control) {}
+    explicit ControlInterface(Control& control) : QAccessibleObject(&control) {}
 
     QAccessibleInterface* parent() const override;
     QAccessibleInterface* child(int) const override { return nullptr; }
@@ -28,7 +29,7 @@ public:
     QStringList keyBindingsForAction(const QString& name) const override;
 
 private:
-    AccessibleControl& control() const { return *static_cast<AccessibleControl*>(object()); }
+    Control& control() const { return *static_cast<Control*>(object()); }
 };
 
 /// The nearest item around the control that is accessible, or its window.
@@ -97,7 +98,7 @@ void ControlInterface::doAction(const QString& name) {
         return;
     }
     // Later: who asked is not to wait until a chooser that the click opens is closed.
-    QMetaObject::invokeMethod(&control(), &AccessibleControl::clicked, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&control(), &Control::clicked, Qt::QueuedConnection);
 }
 
 QStringList ControlInterface::keyBindingsForAction(const QString& name) const {
@@ -106,36 +107,46 @@ QStringList ControlInterface::keyBindingsForAction(const QString& name) const {
 }
 
 QAccessibleInterface* makeControlInterface(const QString& className, QObject* object) {
-    auto* control = className == QLatin1String(AccessibleControl::staticMetaObject.className())
-                        ? qobject_cast<AccessibleControl*>(object)
+    auto* control = className == QLatin1String(Control::staticMetaObject.className())
+                        ? qobject_cast<Control*>(object)
                         : nullptr;
     return control ? new ControlInterface(*control) : nullptr; // owned by the toolkit
 }
 
 } // namespace
 
-AccessibleControl::AccessibleControl(QQuickItem* parent) : QQuickItem(parent) {
-    connect(this, &AccessibleControl::textChanged, this, &AccessibleControl::tellName);
-    connect(this, &AccessibleControl::isCheckedChanged, this, &AccessibleControl::tellChecked);
+Control::Control(QQuickItem* parent) : QQuickItem(parent) {
+    connect(this, &Control::textChanged, this, &Control::tellName);
+    connect(this, &Control::isCheckedChanged, this, &Control::tellChecked);
 }
 
-void AccessibleControl::install() {
+void Control::installAccessibility() {
     QAccessible::installFactory(makeControlInterface);
 }
 
-void AccessibleControl::tellName() {
+void Control::tellName() {
     QAccessibleEvent event(this, QAccessible::NameChanged);
     QAccessible::updateAccessibility(&event);
 }
 
-void AccessibleControl::tellChecked() {
+void Control::tellChecked() {
     QAccessible::State changed;
     changed.checked = true;
     QAccessibleStateChangeEvent event(this, changed);
     QAccessible::updateAccessibility(&event);
 }
 
-void AccessibleControl::itemChange(ItemChange change, const ItemChangeData& data) {
+void Control::keyPressEvent(QKeyEvent* event) {
+    const bool isClick =
+        event->key() == Qt::Key_Space || event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool isBare = !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+    event->setAccepted(isClick && isBare);
+    if (isClick && isBare && !event->isAutoRepeat()) {
+        emit clicked();
+    }
+}
+
+void Control::itemChange(ItemChange change, const ItemChangeData& data) {
     QQuickItem::itemChange(change, data);
     if (change == ItemEnabledHasChanged) {
         QAccessible::State changed;

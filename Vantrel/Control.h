@@ -4,9 +4,10 @@
 #include <QString>
 #include <qqmlregistration.h>
 
-/// A control as a screen reader sees it: with name, key, and whether it can be pressed, which Qt Quick's own interface
-/// for items does not tell. Its item is to have an Accessible.role, by which Qt Quick counts it in. Main thread.
-class AccessibleControl : public QQuickItem {
+/// A control as keyboard and screen reader see it: while it has the focus, Space, Return and Enter click it, once however
+/// long they are held; and it tells its name, its key, and whether it can be pressed, which Qt Quick's own interface for
+/// items does not tell. Its item is to have an Accessible.role, by which Qt Quick counts it in. Main thread.
+class Control : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
 
@@ -17,10 +18,10 @@ class AccessibleControl : public QQuickItem {
     Q_PROPERTY(bool isChecked MEMBER m_isChecked NOTIFY isCheckedChanged FINAL)
 
 public:
-    explicit AccessibleControl(QQuickItem* parent = nullptr);
+    explicit Control(QQuickItem* parent = nullptr);
 
     /// Has screen readers find these controls. Once before the first window; again does nothing.
-    static void install();
+    static void installAccessibility();
 
     const QString& text() const { return m_text; }
     const QString& shortcut() const { return m_shortcut; }
@@ -35,6 +36,7 @@ signals:
     void clicked();
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void itemChange(ItemChange change, const ItemChangeData& data) override;
 
 private:
