@@ -29,7 +29,7 @@ using Platform::FileURL;
 #define READS(...) BECOMES(read(), (QStringList{QStringLiteral("frame: Vantrel"), __VA_ARGS__}))
 
 /// A screen reader has been told, since the last action, or is soon that these things are called so now.
-#define ANNOUNCES(...) BECOMES(notAnnounced({__VA_ARGS__}), QStringList())
+#define ANNOUNCES(...) BECOMES(notAnnounced({__VA_ARGS__}).join(u"; "), QStringLiteral(""))
 
 /// The keyboard focus is, at once or soon, there and nowhere else.
 #define FOCUSES(words) BECOMES(focused(), QStringList{words})
@@ -286,7 +286,7 @@ private:
     /// A folder with the photos 0 to 3.
     FileURL writeCard() {
         int index = 0;
-        const FileURL card = m_photos->makeFolder("card");
+        FileURL card = m_photos->makeFolder("card");
         for (const char* name : {"card/a.jpg", "card/b.jpg", "card/c.jpg", "card/d.jpg"}) {
             m_photos->write(name, flatPhoto(readablePhotoColor(index++), readablePhotoSize));
         }
