@@ -4,7 +4,10 @@ import QtQuick
 Button {
     id: root
 
-    property color textColor: Style.primary
+    property bool isDestructive: false
+    readonly property color fill: root.isDestructive ? Style.destructiveFill : Style.buttonFill
+    readonly property color fillHovered: root.isDestructive ? Style.destructiveFillHovered : Style.buttonFillHovered
+    readonly property color fillPressed: root.isDestructive ? Style.destructiveFillPressed : Style.buttonFillPressed
 
     implicitWidth: Math.max(84, label.implicitWidth + 32)
     implicitHeight: label.implicitHeight + 14
@@ -12,14 +15,14 @@ Button {
     Rectangle {
         anchors.fill: parent
         radius: Style.buttonRadius
-        color: root.isPressed ? Style.buttonFillPressed : root.isHovered ? Style.buttonFillHovered : Style.buttonFill
+        color: root.isPressed ? root.fillPressed : root.isHovered ? root.fillHovered : root.fill
     }
     Text {
         id: label
 
         anchors.centerIn: parent
         text: root.text
-        color: root.textColor
+        color: root.isDestructive ? "white" : Style.primary
         font.pixelSize: Style.bodySize
         Accessible.ignored: true
     }

@@ -120,7 +120,7 @@ FocusScope {
         AlertButton {
             visible: root.destructiveText !== ""
             text: root.destructiveText
-            textColor: Style.red
+            isDestructive: true
             onClicked: root.confirmed()
         }
     }

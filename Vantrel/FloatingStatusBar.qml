@@ -16,6 +16,7 @@ FloatingPanel {
         width: 200
         // The same for every name: letters of other fonts may be higher, and the panel is not to jump.
         height: Style.bodyHeight
+        horizontalAlignment: Text.AlignLeft
         verticalAlignment: Text.AlignVCenter
         text: root.viewModel.currentPhotoTitle
         textFormat: Text.PlainText

@@ -3,6 +3,7 @@
 #include "Platform/Task.h"
 #include "Vantrel/Control.h"
 #include "Vantrel/CullingViewModel.h"
+#include "Vantrel/HeldKeys.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -41,6 +42,7 @@ void setUpMainWindow(QQuickView& window, CullingViewModel& viewModel, Platform::
     qml_register_types_Vantrel();
     Control::installAccessibility();
     window.setTitle(QGuiApplication::applicationDisplayName());
+    new HeldKeys(window); // the window owns it
     setIconAfterFirstFrame(window);
     window.setColor(Qt::black);
     window.setMinimumSize(leastContentSize);

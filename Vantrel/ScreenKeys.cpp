@@ -34,6 +34,7 @@ int latinKey(const QKeyEvent& event) {
 
 ScreenKeys::ScreenKeys(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemIsFocusScope);
+    setFiltersChildMouseEvents(true);
 }
 
 void ScreenKeys::keyPressEvent(QKeyEvent* event) {
@@ -74,9 +75,10 @@ bool ScreenKeys::handleBareKey(int key) {
     }
 }
 
+/// The shortcuts of the buttons. Held, only the one that takes back goes on.
 bool ScreenKeys::handleCommandKey(int key, bool isRepeated) {
     const auto run = [&](bool isEnabled, auto command) {
-        if (isEnabled && !isRepeated) {
+        if (isEnabled && (!isRepeated || key == Qt::Key_Z)) {
             (m_viewModel->*command)();
         }
         return isEnabled;
@@ -137,4 +139,12 @@ void ScreenKeys::focusInEvent(QFocusEvent*) {
     if (m_photo->isEnabled()) {
         focusPhoto();
     }
+}
+
+bool ScreenKeys::childMouseEventFilter(QQuickItem*, QEvent* event) {
+    const bool isPress = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::TouchBegin;
+    if (isPress && m_photo->isEnabled()) {
+        focusPhoto();
+    }
+    return false;
 }

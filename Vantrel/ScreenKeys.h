@@ -12,7 +12,7 @@ class QKeyEvent;
 ///
 /// The bare keys: the arrows walk, "x" rejects, space approves, "l" keeps the zoom. With Control or Super: the
 /// shortcuts of the buttons, which do nothing while their button is disabled, and "+", "-", "0" and the arrows, which
-/// zoom, fit and move the photo. Escape gives the focus back to the photo. Main thread.
+/// zoom, fit and move the photo. Escape, and a press of the pointer anywhere, give the focus back to the photo. Main thread.
 class ScreenKeys : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -33,6 +33,7 @@ signals:
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    bool childMouseEventFilter(QQuickItem* item, QEvent* event) override;
 
 private:
     bool handleBareKey(int key);

@@ -16,6 +16,9 @@ QtObject {
     readonly property color buttonFill: Qt.rgba(1, 1, 1, 0.1)
     readonly property color buttonFillHovered: Qt.rgba(1, 1, 1, 0.17)
     readonly property color buttonFillPressed: Qt.rgba(1, 1, 1, 0.26)
+    readonly property color destructiveFill: "#d70015"
+    readonly property color destructiveFillHovered: "#de1f2a"
+    readonly property color destructiveFillPressed: "#b00012"
     readonly property color focusRing: "#0a84ff"
     readonly property color selection: "#0a5ec4"
 

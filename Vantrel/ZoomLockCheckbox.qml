@@ -15,24 +15,10 @@ Button {
 
         spacing: 6
 
-        Item {
+        SymbolImage {
             anchors.verticalCenter: parent.verticalCenter
-            width: 14
-            height: 14
-
-            SymbolImage {
-                visible: root.isChecked
-                symbol: "check"
-                size: 14
-            }
-            Rectangle {
-                anchors.fill: parent
-                visible: !root.isChecked
-                color: "transparent"
-                radius: 3
-                border.width: 1.5
-                border.color: Style.secondary
-            }
+            symbol: root.isChecked ? "check" : "box"
+            size: 14
         }
         Text {
             anchors.verticalCenter: parent.verticalCenter

@@ -1,3 +1,4 @@
+#include "Tests/Support/Contrast.h"
 #include "Tests/Vantrel/ScreenFixture.h"
 
 #include <QClipboard>
@@ -8,6 +9,8 @@
 #include <QTest>
 
 #include <unistd.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -78,6 +81,36 @@ private slots:
     void init() {
         QTest::failOnWarning(QRegularExpression("."));
         QGuiApplication::clipboard()->clear();
+    }
+
+    // How they look
+
+    void theButtonsAreLegible_data() {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("the one that deletes") << QStringLiteral("Delete");
+        QTest::newRow("the one that changes nothing") << QStringLiteral("Cancel");
+    }
+    void theButtonsAreLegible() {
+        QFETCH(QString, text);
+        Screen screen;
+        screen.showQuestion();
+        const QQuickItem& button = *screen.button(text);
+        const auto isLegible = [&] {
+            const QPoint besideTheText = button.mapToScene({8, button.height() / 2}).toPoint();
+            const auto texts = button.findChildren<QQuickItem*>();
+            const auto label = std::ranges::find_if(
+                texts, [](const QQuickItem* item) { return item->inherits("QQuickText"); });
+            return contrast((*label)->property("color").value<QColor>(),
+                       screen.picture().pixelColor(besideTheText)) >= 4.5;
+        };
+        QVERIFY(isLegible());
+        QTest::mouseMove(screen.window.get(), centreOf(button));
+        QTRY_VERIFY(button.property("isHovered").toBool());
+        QVERIFY(isLegible());
+        QTest::mousePress(screen.window.get(), Qt::LeftButton, Qt::NoModifier, centreOf(button));
+        QVERIFY(button.property("isPressed").toBool());
+        QVERIFY(isLegible());
+        QTest::mouseRelease(screen.window.get(), Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
     }
 
     // How they come and go

@@ -161,7 +161,6 @@ private slots:
     void heldShortcutsActOnce_data() {
         QTest::addColumn<int>("key");
         QTest::newRow("open") << static_cast<int>(Qt::Key_O);
-        QTest::newRow("undo") << static_cast<int>(Qt::Key_Z);
         QTest::newRow("move approved") << static_cast<int>(Qt::Key_A);
         QTest::newRow("move rejected") << static_cast<int>(Qt::Key_R);
         QTest::newRow("lock zoom") << static_cast<int>(Qt::Key_L);
@@ -175,6 +174,60 @@ private slots:
         QCOMPARE(screen.account(), before);
         QVERIFY(screen.takes(key, control));
         QVERIFY(screen.account() != before);
+    }
+
+    void heldUndoTakesBackOneMarkAfterAnother() {
+        ScreenFixture screen(threePhotos);
+        pressAll(screen, {Qt::Key_Space, Qt::Key_Right, Qt::Key_Space, Qt::Key_Right, Qt::Key_Space});
+        QVERIFY(screen.takes(Qt::Key_Z, control));
+        QVERIFY(screen.takes(Qt::Key_Z, control, true));
+        QCOMPARE(screen.model().approvedCount(), 1);
+    }
+
+    void aHeldKeyThatUsedUpItsButtonDoesNotGoOnToThePhoto() {
+        ScreenFixture screen(threePhotos);
+        screen.press(Qt::Key_X);
+        screen.focus("Undo");
+        QVERIFY(screen.takes(Qt::Key_Space)); // the button is disabled now, and the photo has the focus
+        QCOMPARE(screen.focused(), QStringLiteral("contentLayer"));
+        screen.takes(Qt::Key_Space, Qt::NoModifier, true);
+        QVERIFY(screen.model().currentState() == ReviewState::unreviewed);
+        screen.press(Qt::Key_Space);
+        QVERIFY(screen.model().currentState() == ReviewState::approved);
+    }
+
+    void aHeldKeyThatClosedAnAlertDoesNotGoOnToThePhoto() {
+        ScreenFixture screen(threePhotos);
+        screen.model().setErrorMessage(QStringLiteral("no"));
+        QVERIFY(screen.takes(Qt::Key_Space));
+        QVERIFY(!screen.isOpen("errorAlert"));
+        screen.takes(Qt::Key_Space, Qt::NoModifier, true);
+        QVERIFY(screen.model().currentState() == ReviewState::unreviewed);
+    }
+
+    void heldTabWalksOn() {
+        ScreenFixture screen(threePhotos);
+        screen.press(Qt::Key_X);
+        screen.takes(Qt::Key_Tab);
+        screen.takes(Qt::Key_Tab, Qt::NoModifier, true);
+        QCOMPARE(screen.focused(), QStringLiteral("Undo"));
+    }
+
+    void aPressOfThePointerGivesTheKeysBackToThePhoto_data() {
+        QTest::addColumn<QPoint>("place");
+        QTest::newRow("on the photo") << QPoint(450, 400);
+        QTest::newRow("on a panel") << QPoint(15, 30);
+    }
+    void aPressOfThePointerGivesTheKeysBackToThePhoto() {
+        QFETCH(QPoint, place);
+        ScreenFixture screen(threePhotos);
+        screen.resize({900, 650});
+        screen.press(Qt::Key_X);
+        screen.focus("Undo");
+        QTest::mouseClick(screen.window.get(), Qt::LeftButton, Qt::NoModifier, place);
+        QCOMPARE(screen.focused(), QStringLiteral("contentLayer"));
+        screen.press(Qt::Key_Space);
+        QVERIFY(screen.model().currentState() == ReviewState::approved);
     }
 
     void anotherModifierBesideControlIsNoShortcut_data() {
