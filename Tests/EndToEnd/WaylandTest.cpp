@@ -63,6 +63,8 @@ private slots:
         QStringList after = moved(before, {"b.jpg"}, "approved");
         QTRY_COMPARE_WITH_TIMEOUT(checksumsIn(photos()), after, patience);
         SEES("photo 3"); // has come to the place that is shown
+        press({XK_Left});
+        SEES("photo 2, rejected");
         m_screen->press({XK_Control_L, XK_r});
         after = moved(after, {"c.jpg"}, "rejected");
         QTRY_COMPARE_WITH_TIMEOUT(checksumsIn(photos()), after, patience);
