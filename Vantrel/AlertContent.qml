@@ -84,6 +84,17 @@ FocusScope {
             Accessible.name: root.message
         }
     }
+    // The text has the keyboard focus.
+    Rectangle {
+        objectName: "alertMessageRing"
+        anchors.fill: scroller
+        anchors.margins: -4
+        visible: messageText.activeFocus
+        color: "transparent"
+        radius: Style.buttonRadius
+        border.width: 2
+        border.color: Style.focusRing
+    }
     // Where the text goes on below.
     Rectangle {
         anchors.left: parent.left
@@ -115,10 +126,14 @@ FocusScope {
 
             focus: true
             text: root.dismissText
+            KeyNavigation.left: deleteButton
             onClicked: root.dismissed()
         }
         AlertButton {
+            id: deleteButton
+
             visible: root.destructiveText !== ""
+            KeyNavigation.right: dismissButton
             text: root.destructiveText
             isDestructive: true
             onClicked: root.confirmed()

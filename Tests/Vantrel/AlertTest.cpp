@@ -113,6 +113,24 @@ private slots:
         QTest::mouseRelease(screen.window.get(), Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
     }
 
+    void theArrowsGoBetweenTheButtons() {
+        Screen screen;
+        screen.showQuestion();
+        screen.press(Qt::Key_Left);
+        QCOMPARE(screen.focused(), QStringLiteral("Delete"));
+        screen.press(Qt::Key_Right);
+        QCOMPARE(screen.focused(), QStringLiteral("Cancel"));
+        QVERIFY(screen.isOpen("rawSyncAlert"));
+    }
+
+    void theTextShowsThatItHasTheFocus() {
+        Screen screen;
+        screen.showError(shortMessage);
+        QVERIFY(!screen.isShown("alertMessageRing"));
+        screen.focus("alertMessage");
+        QVERIFY(screen.isShown("alertMessageRing"));
+    }
+
     // How they come and go
 
     void anErrorIsShownUntilItIsDismissed_data() { addWays(); }
