@@ -5,17 +5,15 @@ Button {
     id: root
 
     property bool isDestructive: false
-    readonly property color fill: root.isDestructive ? Style.destructiveFill : Style.buttonFill
-    readonly property color fillHovered: root.isDestructive ? Style.destructiveFillHovered : Style.buttonFillHovered
-    readonly property color fillPressed: root.isDestructive ? Style.destructiveFillPressed : Style.buttonFillPressed
 
     implicitWidth: Math.max(84, label.implicitWidth + 32)
     implicitHeight: label.implicitHeight + 14
 
-    Rectangle {
-        anchors.fill: parent
-        radius: Style.buttonRadius
-        color: root.isPressed ? root.fillPressed : root.isHovered ? root.fillHovered : root.fill
+    ButtonFrame {
+        button: root
+        fill: root.isDestructive ? Style.destructiveFill : Style.buttonFill
+        fillHovered: root.isDestructive ? Style.destructiveFillHovered : Style.buttonFillHovered
+        fillPressed: root.isDestructive ? Style.destructiveFillPressed : Style.buttonFillPressed
     }
     Text {
         id: label

@@ -1,7 +1,7 @@
 import QtQuick
 
 // What lies behind a panel, as through frosted glass. It is drawn once more at a quarter of its size, of which a little
-// blur makes a wide one. Needs shader effects, which the software renderer does not have: invisible, it costs nothing.
+// blur makes a wide one. Needs shader effects, which the software renderer does not have: while invisible it draws nothing.
 Item {
     id: root
 

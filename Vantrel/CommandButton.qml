@@ -10,10 +10,8 @@ Button {
     implicitHeight: label.implicitHeight + 10
     opacity: root.isAvailable ? 1 : 0.38
 
-    Rectangle {
-        anchors.fill: parent
-        radius: Style.buttonRadius
-        color: root.isPressed ? Style.buttonFillPressed : root.isHovered ? Style.buttonFillHovered : Style.buttonFill
+    ButtonFrame {
+        button: root
     }
     SymbolLabel {
         id: label

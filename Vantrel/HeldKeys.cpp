@@ -1,6 +1,7 @@
 #include "Vantrel/HeldKeys.h"
 
-#include <QGuiApplication>
+#include "Vantrel/WindowSystem.h"
+
 #include <QKeyEvent>
 #include <QQuickWindow>
 
@@ -39,6 +40,5 @@ bool HeldKeys::isForAnotherItem(const QKeyEvent& press) {
 /// An X server repeats a key by a release and a press of one time, which the toolkit takes for a repeat only where the
 /// press is there already when it looks.
 bool HeldKeys::isRepeat(const QKeyEvent& press) const {
-    const bool isOnX11 = QGuiApplication::platformName() == QLatin1String("xcb");
-    return press.isAutoRepeat() || (isOnX11 && press.timestamp() == m_releaseTime);
+    return press.isAutoRepeat() || (isOnX11() && press.timestamp() == m_releaseTime);
 }

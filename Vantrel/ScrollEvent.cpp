@@ -1,16 +1,13 @@
 #include "Vantrel/ScrollEvent.h"
 
-#include <QGuiApplication>
+#include "Vantrel/WindowSystem.h"
+
 #include <QWheelEvent>
 
 namespace {
 
 /// A notch pans by as many points.
 constexpr double pointsOfNotch = 48;
-
-bool isOnX11() {
-    return QGuiApplication::platformName() == QLatin1String("xcb");
-}
 
 /// Whether the device counts in points. One that does may have too small a step for a whole point; on X11 the pixel
 /// deltas are in whatever unit the driver counts, those of plain wheels too.

@@ -1,5 +1,6 @@
 #include "Tests/Vantrel/ScreenFixture.h"
 
+#include "Tools/Screens/SceneItems.h"
 #include "Vantrel/MainWindow.h"
 #include "Vantrel/PhotoCanvasView.h"
 
@@ -40,24 +41,10 @@ void ScreenFixture::resize(QSize size) {
 }
 
 template <typename Predicate>
-QQuickItem* ScreenFixture::firstItem(Predicate isWanted) const {
-    std::vector<QQuickItem*> open{window->contentItem()};
-    while (!open.empty()) {
-        QQuickItem* candidate = open.back();
-        open.pop_back();
-        if (isWanted(*candidate)) {
-            return candidate;
-        }
-        const auto children = candidate->childItems();
-        open.insert(open.end(), children.begin(), children.end());
-    }
-    return nullptr;
-}
-
-template <typename Predicate>
 QQuickItem* ScreenFixture::shownItem(Predicate isWanted) const {
-    QQuickItem* shown = firstItem([&](const QQuickItem& item) { return item.isVisible() && isWanted(item); });
-    return shown ? shown : firstItem(isWanted);
+    QQuickItem* shown =
+        firstItem(*window, [&](const QQuickItem& item) { return item.isVisible() && isWanted(item); });
+    return shown ? shown : firstItem(*window, isWanted);
 }
 
 QQuickItem* ScreenFixture::item(const char* objectName) const {

@@ -73,8 +73,6 @@ struct ScreenFixture : CullingFixture {
 
 private:
     template <typename Predicate>
-    QQuickItem* firstItem(Predicate isWanted) const;
-    template <typename Predicate>
     QQuickItem* shownItem(Predicate isWanted) const;
 
     quint64 m_lastWheelStep = 0; // milliseconds

@@ -1,5 +1,6 @@
 #include "Tools/Screens/Stage.h"
 
+#include "Tools/Screens/SceneItems.h"
 #include "Vantrel/MainWindow.h"
 
 #include <QCoreApplication>
@@ -26,21 +27,6 @@ void waitUntil(const std::string& what, Predicate isSo) {
     if (!QTest::qWaitFor(isSo, patience)) {
         throw std::runtime_error("in vain waited until " + what);
     }
-}
-
-template <typename Predicate>
-QQuickItem* firstItem(const QQuickView& window, Predicate isWanted) {
-    std::vector<QQuickItem*> open{window.contentItem()};
-    while (!open.empty()) {
-        QQuickItem* candidate = open.back();
-        open.pop_back();
-        if (isWanted(*candidate)) {
-            return candidate;
-        }
-        const auto children = candidate->childItems();
-        open.insert(open.end(), children.begin(), children.end());
-    }
-    return nullptr;
 }
 
 QQuickItem& found(QQuickItem* item, const QString& name) {
