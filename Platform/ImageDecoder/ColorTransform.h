@@ -9,7 +9,7 @@
 
 namespace Platform {
 
-/// Turns the pixels of a photo into sRGB. Made once for a decode and used by its thread only.
+/// Turns the pixels of a photo into sRGB. Made once for a decode; then any number of its threads may use it.
 class ColorTransform {
 public:
     /// What the four bytes of a pixel are.
@@ -24,6 +24,9 @@ public:
     /// @param isAdobeRgb  whether pixels without a profile are Adobe RGB (1998) and not sRGB; for Pixels::Rgb
     ///                    only
     ColorTransform(Pixels pixels, const QByteArray& iccProfile, bool isAdobeRgb = false);
+
+    /// Whether pixels are in sRGB as they are.
+    bool isIdentity() const { return !m_transform && m_pixels != Pixels::Cmyk; }
 
     /// Replaces pixels by their blue, green and red in sRGB and 255.
     void apply(uchar* pixels, int count) const;

@@ -3,6 +3,7 @@
 #include "Platform/ImageDecoder/JpegPhoto.h"
 #include "Platform/ImageDecoder/OtherPhoto.h"
 #include "Platform/ImageDecoder/ReadOnlyFile.h"
+#include "Platform/ImageDecoder/ThreadTeam.h"
 
 #include <algorithm>
 
@@ -28,6 +29,12 @@ Image::Origin origin(const QImage& pixels, int maxPixelSize, const ReadOnlyFile&
     return {.isReduced = isReduced, .isPartial = file.isExhausted()};
 }
 
+/// All cores for one photo, but no more threads than have something to do.
+int teamSize(qint64 fileSize) {
+    constexpr qint64 bytesPerThread = qint64{256} * 1024;
+    return static_cast<int>(std::min<qint64>(ThreadTeam::availableCores(), 1 + fileSize / bytesPerThread));
+}
+
 } // namespace
 
 Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task) {
@@ -35,9 +42,10 @@ Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task
     if (!file) {
         return file.error();
     }
-    Result<QImage> pixels = decodeJpeg(*file, maxPixelSize, task);
+    ThreadTeam team(teamSize(file->size()));
+    Result<QImage> pixels = decodeJpeg(*file, maxPixelSize, task, team);
     if (pixels && pixels->isNull() && !task.isCancelled() && file->errorCode() == 0) {
-        pixels = decodeOther(*file, maxPixelSize, task);
+        pixels = decodeOther(*file, maxPixelSize, task, team);
     }
     if (!pixels) {
         return pixels.error();

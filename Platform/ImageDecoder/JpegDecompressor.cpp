@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 // libjpeg reports a fatal error by a jump out of its depths. Every method that calls it therefore marks the
@@ -131,6 +132,91 @@ bool JpegDecompressor::assembleProfile(JOCTET** profile, unsigned* size) {
     return setjmp(m_leaving) == 0 && jpeg_read_icc_profile(&m_info, profile, size);
 }
 
+std::optional<JpegFrame> JpegDecompressor::frame(int denominator) {
+    if (!isFrame() || !computeScaledSizes(denominator)) {
+        return std::nullopt;
+    }
+    JpegFrame frame;
+    frame.size = size();
+    frame.colors = m_info.jpeg_color_space == JCS_GRAYSCALE ? JpegFrame::Colors::Grey
+                   : m_info.jpeg_color_space == JCS_RGB     ? JpegFrame::Colors::Rgb
+                                                            : JpegFrame::Colors::YCbCr;
+    frame.restartInterval = static_cast<int>(m_info.restart_interval);
+    frame.scaledBlockSize = m_info.min_DCT_scaled_size;
+    frame.scaledSize = scaledSize();
+    for (const jpeg_component_info& info : std::span(m_info.comp_info, m_info.num_components)) {
+        frame.components.push_back(component(info));
+    }
+    if (frame.components.size() == 1) {
+        // The blocks of an only component stand by themselves, whatever its factors (T.81, A.2.2).
+        frame.components[0].horizontalFactor = frame.components[0].verticalFactor = 1;
+    }
+    return frame;
+}
+
+/// Whether all of the picture is in one scan of Huffman codes, whose tables are there.
+bool JpegDecompressor::isFrame() const {
+    const bool hasKnownColors = m_info.num_components == 1
+                                    ? m_info.jpeg_color_space == JCS_GRAYSCALE
+                                    : m_info.num_components == 3 && (m_info.jpeg_color_space == JCS_YCbCr ||
+                                                                        m_info.jpeg_color_space == JCS_RGB);
+    if (!hasKnownColors || m_info.progressive_mode || m_info.arith_code || m_info.data_precision != BITS_IN_JSAMPLE ||
+        m_info.comps_in_scan != m_info.num_components || m_info.Ss != 0 || m_info.Se != DCTSIZE2 - 1 ||
+        m_info.Ah != 0 || m_info.Al != 0) {
+        return false;
+    }
+    for (int i = 0; i < m_info.num_components; ++i) {
+        const jpeg_component_info& info = m_info.comp_info[i];
+        const auto isTable = [](int number) { return number >= 0 && number < NUM_HUFF_TBLS; };
+        if (m_info.cur_comp_info[i] != &info || !isTable(info.dc_tbl_no) || !isTable(info.ac_tbl_no) ||
+            !m_info.dc_huff_tbl_ptrs[info.dc_tbl_no] || !m_info.ac_huff_tbl_ptrs[info.ac_tbl_no] ||
+            info.quant_tbl_no < 0 || info.quant_tbl_no >= NUM_QUANT_TBLS ||
+            !m_info.quant_tbl_ptrs[info.quant_tbl_no]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool JpegDecompressor::computeScaledSizes(int denominator) {
+    if (setjmp(m_leaving) != 0) {
+        return false;
+    }
+    m_info.scale_num = 1;
+    m_info.scale_denom = static_cast<unsigned>(denominator);
+    jpeg_calc_output_dimensions(&m_info);
+    return true;
+}
+
+JpegComponent JpegDecompressor::component(const jpeg_component_info& info) const {
+    const auto specification = [](const JHUFF_TBL& table) {
+        HuffmanSpecification result;
+        std::copy_n(std::begin(table.bits) + 1, result.counts.size(), result.counts.begin());
+        std::copy_n(std::begin(table.huffval), result.symbols.size(), result.symbols.begin());
+        return result;
+    };
+    JpegComponent result;
+    result.horizontalFactor = info.h_samp_factor;
+    result.verticalFactor = info.v_samp_factor;
+    std::ranges::copy(m_info.quant_tbl_ptrs[info.quant_tbl_no]->quantval, result.quantisers.begin());
+    result.dc = specification(*m_info.dc_huff_tbl_ptrs[info.dc_tbl_no]);
+    result.ac = specification(*m_info.ac_huff_tbl_ptrs[info.ac_tbl_no]);
+    result.scaledBlockSize = info.DCT_scaled_size;
+    result.scaledSize =
+        QSize(static_cast<int>(info.downsampled_width), static_cast<int>(info.downsampled_height));
+    return result;
+}
+
+std::size_t JpegDecompressor::readData(std::span<uchar> buffer) {
+    m_hasGivenData = true;
+    const std::size_t buffered = std::min(m_source.bytes_in_buffer, buffer.size());
+    std::copy_n(m_source.next_input_byte, buffered, buffer.data());
+    m_source.next_input_byte += buffered;
+    m_source.bytes_in_buffer -= buffered;
+    const std::span<uchar> rest = buffer.subspan(buffered);
+    return buffered + (rest.empty() ? 0 : m_file.read(rest.data(), rest.size()));
+}
+
 bool JpegDecompressor::start(int denominator) {
     if (setjmp(m_leaving) != 0) {
         return false;
@@ -138,7 +224,35 @@ bool JpegDecompressor::start(int denominator) {
     m_info.scale_num = 1;
     m_info.scale_denom = static_cast<unsigned>(denominator);
     m_info.out_color_space = components() == Components::Cmyk ? JCS_CMYK : JCS_EXT_BGRA;
+    if (denominator == dctSize && m_info.progressive_mode) {
+        return startFromFirstScans();
+    }
     return jpeg_start_decompress(&m_info);
+}
+
+/// Called where the jump of an error may land.
+bool JpegDecompressor::startFromFirstScans() {
+    m_info.buffered_image = TRUE;
+    m_info.do_block_smoothing = FALSE; // it would guess at what is not needed
+    jpeg_start_decompress(&m_info);
+    int status = JPEG_ROW_COMPLETED;
+    while (status != JPEG_REACHED_EOI && !(status == JPEG_SCAN_COMPLETED && hasMeans())) {
+        status = jpeg_consume_input(&m_info);
+    }
+    return jpeg_start_output(&m_info, m_info.input_scan_number);
+}
+
+/// Whether the means of all blocks have come, to a level or better. More of their bits come with later scans.
+bool JpegDecompressor::hasMeans() const {
+    for (int i = 0; i < m_info.num_components; ++i) {
+        const jpeg_component_info& info = m_info.comp_info[i];
+        const int missingBits = m_info.coef_bits[i][0];
+        if (missingBits < 0 || !info.quant_table ||
+            ((1 << missingBits) - 1) * info.quant_table->quantval[0] > dctSize) {
+            return false;
+        }
+    }
+    return true;
 }
 
 QSize JpegDecompressor::scaledSize() const {

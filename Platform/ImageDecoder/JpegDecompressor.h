@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/ImageDecoder/ReadOnlyFile.h"
+#include "Platform/ImageDecoder/ReducedJpeg/JpegFrame.h"
 #include "Platform/ImageDecoder/RowSource.h"
 #include "Platform/Task.h"
 
@@ -12,6 +13,7 @@
 #include <csetjmp>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace Platform {
@@ -44,7 +46,19 @@ public:
     /// missing.
     QByteArray iccProfile();
 
-    /// Begins decoding at 1/denominator of the size: 1, 2, 4 or 8.
+    /// What it takes to decode the picture at 1/denominator of the size (2, 4 or 8) without the library; nothing where
+    /// the picture is of a kind that is not a JpegFrame.
+    std::optional<JpegFrame> frame(int denominator);
+
+    /// Reads the data that follow the header, from where the library has come to; instead of start().
+    /// @return the number of bytes, less than asked for only at the end of the file
+    std::size_t readData(std::span<uchar> buffer);
+
+    /// Whether it has given such data, which the library then lacks.
+    bool hasGivenData() const { return m_hasGivenData; }
+
+    /// Begins decoding at 1/denominator of the size: 1, 2, 4 or 8. For an eighth of a progressive picture only those scans
+    /// are read that it takes.
     bool start(int denominator);
 
     /// Size in pixels of the rows that come, after start().
@@ -59,6 +73,11 @@ private:
     static void skip(j_decompress_ptr info, long count);
 
     bool assembleProfile(JOCTET** profile, unsigned* size);
+    bool computeScaledSizes(int denominator);
+    bool startFromFirstScans();
+    bool hasMeans() const;
+    bool isFrame() const;
+    JpegComponent component(const jpeg_component_info& info) const;
     bool isBeyondLimits() const;
 
     ReadOnlyFile& m_file;
@@ -69,6 +88,7 @@ private:
     jpeg_progress_mgr m_progress{};
     jpeg_source_mgr m_source{};
     std::jmp_buf m_leaving{};
+    bool m_hasGivenData = false;
 };
 
 } // namespace Platform

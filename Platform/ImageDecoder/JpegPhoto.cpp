@@ -3,8 +3,11 @@
 #include "Platform/ImageDecoder/ExifTags.h"
 #include "Platform/ImageDecoder/JpegDecompressor.h"
 #include "Platform/ImageDecoder/PhotoRendering.h"
+#include "Platform/ImageDecoder/ReducedJpeg/ReducedJpeg.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace Platform {
 
@@ -34,25 +37,70 @@ ColorTransform::Pixels pixels(const JpegDecompressor& jpeg) {
     return ColorTransform::Pixels::Cmyk;
 }
 
+/// How the pixels of a photo are to be shown, whoever decodes them.
+struct Presentation {
+    QSize stored; ///< size in pixels
+    QSize shown;  ///< likewise, before it is turned upright
+    int denominator;
+    ExifTags exif;
+    ColorTransform colors;
+};
+
+Presentation presentation(JpegDecompressor& jpeg, int maxPixelSize) {
+    const ExifTags exif = readExifTags(jpeg.exif());
+    return {jpeg.size(), fittedSize(jpeg.size(), maxPixelSize), scaleDenominator(jpeg.size(), maxPixelSize), exif,
+        ColorTransform(pixels(jpeg), jpeg.iccProfile(), exif.isAdobeRgb)};
+}
+
+Result<QImage> show(RowSource& rows, QSize size, const Presentation& presentation, const ReadOnlyFile& file,
+    const Task& task, ThreadTeam& team) {
+    const QSizeF extent = QSizeF(presentation.stored) / presentation.denominator;
+    const StoredPicture picture{rows, size, extent, presentation.exif.orientation};
+    return render(picture, presentation.shown, presentation.colors, file.name(), task, team);
+}
+
+/// By our own decoder. Nothing where the photo, or its data, are not of the kind that it decodes.
+std::optional<Result<QImage>> decodeReduced(JpegDecompressor& jpeg, const Presentation& presentation,
+    const ReadOnlyFile& file, const Task& task, ThreadTeam& team) {
+    if (presentation.denominator == 1) {
+        return std::nullopt;
+    }
+    const std::optional<JpegFrame> frame = jpeg.frame(presentation.denominator);
+    const std::optional<McuCodes> codes = frame ? McuCodes::make(*frame) : std::nullopt;
+    if (!codes) {
+        return std::nullopt;
+    }
+    const auto read = [&jpeg](std::span<uchar> buffer) { return jpeg.readData(buffer); };
+    ReducedJpeg reduced(*frame, *codes, read, team, task);
+    Result<QImage> picture = show(reduced, frame->scaledSize, presentation, file, task, team);
+    const bool isValid = reduced.isFinished() || !picture || task.isCancelled();
+    return isValid ? std::optional(std::move(picture)) : std::nullopt;
+}
+
 } // namespace
 
-Result<QImage> decodeJpeg(ReadOnlyFile& file, int maxPixelSize, const Task& task) {
-    JpegDecompressor jpeg(file, task);
-    if (!jpeg.readHeader()) {
+Result<QImage> decodeJpeg(ReadOnlyFile& file, int maxPixelSize, const Task& task, ThreadTeam& team) {
+    std::optional<JpegDecompressor> jpeg(std::in_place, file, task);
+    if (!jpeg->readHeader()) {
         return QImage();
     }
-    if (isTooLarge(jpeg.size())) {
+    if (isTooLarge(jpeg->size())) {
         return tooLargeError(file.name());
     }
-    const ExifTags exif = readExifTags(jpeg.exif());
-    const ColorTransform colors(pixels(jpeg), jpeg.iccProfile(), exif.isAdobeRgb);
-    const int denominator = scaleDenominator(jpeg.size(), maxPixelSize);
-    if (!jpeg.start(denominator)) {
+    const Presentation howToShow = presentation(*jpeg, maxPixelSize);
+    if (auto picture = decodeReduced(*jpeg, howToShow, file, task, team)) {
+        return *picture;
+    }
+    if (jpeg->hasGivenData()) {
+        jpeg.emplace(file, task);
+        if (!file.seek(0) || !jpeg->readHeader()) {
+            return QImage();
+        }
+    }
+    if (!jpeg->start(howToShow.denominator)) {
         return QImage();
     }
-    const QSizeF extent = QSizeF(jpeg.size()) / denominator;
-    const StoredPicture picture{jpeg, jpeg.scaledSize(), extent, exif.orientation};
-    return render(picture, fittedSize(jpeg.size(), maxPixelSize), colors, file.name(), task);
+    return show(*jpeg, jpeg->scaledSize(), howToShow, file, task, team);
 }
 
 } // namespace Platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/ImageDecoder/ReadOnlyFile.h"
+#include "Platform/ImageDecoder/ThreadTeam.h"
 #include "Platform/Result.h"
 #include "Platform/Task.h"
 
@@ -11,8 +12,9 @@ namespace Platform {
 /// Decodes a JPEG file, scaled down as far as that goes while decoding.
 ///
 /// @param file  at its start
+/// @param team  shares the work
 /// @return the picture as decodeImage() gives it; null where libjpeg finds none in the file or the task was
 ///         cancelled; an error for too large a picture or too little memory
-Result<QImage> decodeJpeg(ReadOnlyFile& file, int maxPixelSize, const Task& task);
+Result<QImage> decodeJpeg(ReadOnlyFile& file, int maxPixelSize, const Task& task, ThreadTeam& team);
 
 } // namespace Platform

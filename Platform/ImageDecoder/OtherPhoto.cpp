@@ -91,7 +91,7 @@ QImage opaque(QImage image) {
 
 } // namespace
 
-Result<QImage> decodeOther(ReadOnlyFile& file, int maxPixelSize, const Task& task) {
+Result<QImage> decodeOther(ReadOnlyFile& file, int maxPixelSize, const Task& task, ThreadTeam& team) {
     liftAllocationLimit();
     FileDevice device(file, task);
     QImageReader reader(&device);
@@ -111,7 +111,7 @@ Result<QImage> decodeOther(ReadOnlyFile& file, int maxPixelSize, const Task& tas
     }
     ImageRows rows(image, task);
     const StoredPicture picture{rows, image.size(), QSizeF(image.size()), 1};
-    return render(picture, fittedSize(image.size(), maxPixelSize), colors, file.name(), task);
+    return render(picture, fittedSize(image.size(), maxPixelSize), colors, file.name(), task, team);
 }
 
 } // namespace Platform

@@ -12,13 +12,18 @@ namespace Platform {
 namespace {
 
 /// Fills the image with all rows that come. False where none does, or the task is cancelled.
-bool fill(UprightImage& image, RowSource& rows, int width, const ColorTransform& colors, const Task& task) {
+bool fill(UprightImage& image, RowSource& rows, int width, const ColorTransform& colors, const Task& task,
+    ThreadTeam& team) {
     int rowsFilled = 0;
     while (true) {
         const UprightImage::Band band = image.band();
         const int count = rows.readRows(band.rows, band.bytesPerLine, band.count);
-        for (int row = 0; row < count && !task.isCancelled(); ++row) {
-            colors.apply(band.rows + row * band.bytesPerLine, width);
+        if (!colors.isIdentity()) {
+            team.forEach(count, [&](int row) {
+                if (!task.isCancelled()) {
+                    colors.apply(band.rows + row * band.bytesPerLine, width);
+                }
+            });
         }
         if (task.isCancelled()) {
             return false;
@@ -50,17 +55,17 @@ QSize fittedSize(QSize size, int maxPixelSize) {
 }
 
 Result<QImage> render(const StoredPicture& picture, QSize size, const ColorTransform& colors,
-    const std::string& name, const Task& task) {
+    const std::string& name, const Task& task, ThreadTeam& team) {
     UprightImage image(size, picture.orientation);
     if (image.isNull()) {
         return Error(QStringLiteral("There is too little memory to show “%1”.").arg(displayText(name)));
     }
     std::optional<RowResampler> resampler;
     if (picture.size != size || picture.extent != QSizeF(size)) {
-        resampler.emplace(picture.rows, picture.size, picture.extent, size);
+        resampler.emplace(picture.rows, picture.size, picture.extent, size, team);
     }
     RowSource& rows = resampler ? *resampler : picture.rows;
-    return fill(image, rows, size.width(), colors, task) ? image.take() : QImage();
+    return fill(image, rows, size.width(), colors, task, team) ? image.take() : QImage();
 }
 
 Error tooLargeError(const std::string& name) {

@@ -2,6 +2,7 @@
 
 #include "Platform/ImageDecoder/ColorTransform.h"
 #include "Platform/ImageDecoder/RowSource.h"
+#include "Platform/ImageDecoder/ThreadTeam.h"
 #include "Platform/Result.h"
 #include "Platform/Task.h"
 
@@ -35,10 +36,11 @@ struct StoredPicture {
 /// bands of rows; ends early once the task is cancelled.
 ///
 /// @param name  of the file, in bytes
+/// @param team  shares the work
 /// @return the picture in QImage::Format_RGB32, black where rows are missing; null where none came at all or
 ///         the task was cancelled; an error where there is too little memory
 Result<QImage> render(const StoredPicture& picture, QSize size, const ColorTransform& colors,
-    const std::string& name, const Task& task);
+    const std::string& name, const Task& task, ThreadTeam& team);
 
 /// The error for a picture that isTooLarge().
 Error tooLargeError(const std::string& name);

@@ -11,6 +11,9 @@ namespace {
 
 constexpr double kernelRadius = 2;
 
+// Few enough for all threads to have some, and enough for the handing out not to count.
+constexpr int rowsPerShare = 4;
+
 /// Catmull-Rom cubic at a distance from its centre.
 double kernel(double distance) {
     const double x = std::abs(distance);
@@ -29,11 +32,16 @@ Pixel load(const float* values) {
     return pixel;
 }
 
-/// To the nearest whole number that a byte holds.
-void round(const float* __restrict values, uchar* __restrict bytes, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        bytes[i] = static_cast<uchar>(static_cast<int>(std::min(std::max(values[i] + 0.5F, 0.0F), 255.0F)));
-    }
+/// To the whole numbers that bytes hold.
+void storeLevels(Pixel values, uchar* bytes) {
+    using Ints [[gnu::vector_size(4 * sizeof(int))]] = int;
+    using Bytes [[gnu::vector_size(4)]] = uchar;
+    const Pixel none{};
+    const Pixel most = none + 255.0F;
+    values = values > none ? values : none;
+    values = values < most ? values : most;
+    const Bytes levels = __builtin_convertvector(__builtin_convertvector(values, Ints), Bytes);
+    std::memcpy(bytes, &levels, sizeof levels);
 }
 
 } // namespace
@@ -62,51 +70,67 @@ RowResampler::Filter::Filter(int length, double extent, int reducedLength)
     }
 }
 
-RowResampler::RowResampler(RowSource& source, QSize size, QSizeF extent, QSize reduced)
+RowResampler::RowResampler(RowSource& source, QSize size, QSizeF extent, QSize reduced, ThreadTeam& team)
     : m_source(source),
+      m_team(team),
       m_width(size.width()),
+      m_height(size.height()),
       m_across(size.width(), extent.width(), reduced.width()),
-      m_down(size.height(), extent.height(), reduced.height()),
-      m_rows(static_cast<std::size_t>(m_down.taps) * static_cast<std::size_t>(m_width) * bytesPerPixel),
-      m_column(static_cast<std::size_t>(m_width) * bytesPerPixel),
-      m_reduced(static_cast<std::size_t>(reduced.width()) * bytesPerPixel) {}
+      m_down(size.height(), extent.height(), reduced.height()) {}
 
 int RowResampler::readRows(uchar* rows, qsizetype bytesPerLine, int count) {
-    for (int row = 0; row < count; ++row, ++m_rowsWritten) {
-        const auto next = static_cast<std::size_t>(m_rowsWritten);
-        if (next == m_down.first.size() || !readUpTo(m_down.first[next] + m_down.taps)) {
-            return row;
+    const int ready = readFor(std::min(count, static_cast<int>(m_down.first.size()) - m_rowsWritten));
+    m_team.forEach((ready + rowsPerShare - 1) / rowsPerShare, [&](int share) {
+        std::vector<float> column(static_cast<std::size_t>(m_width) * bytesPerPixel);
+        const int begin = share * rowsPerShare;
+        for (int row = begin; row < std::min(begin + rowsPerShare, ready); ++row) {
+            filterColumns(m_rowsWritten + row, column);
+            filterRow(column, rows + row * bytesPerLine);
         }
-        filterColumns(m_rowsWritten);
-        filterRow(rows + row * bytesPerLine);
-    }
-    return count;
+    });
+    m_rowsWritten += ready;
+    return ready;
 }
 
-bool RowResampler::readUpTo(int row) {
-    const qsizetype bytesPerLine = static_cast<qsizetype>(m_width) * bytesPerPixel;
-    for (; m_rowsRead < row; ++m_rowsRead) {
-        uchar* const place = m_rows.data() + (m_rowsRead % m_down.taps) * bytesPerLine;
-        if (m_source.readRows(place, bytesPerLine, 1) != 1) {
-            return false;
-        }
+/// Reads on so that the next rows can be written.
+/// @return how many of them can
+int RowResampler::readFor(int count) {
+    if (count <= 0) {
+        return 0;
     }
-    return true;
+    const auto rowBytes = static_cast<std::ptrdiff_t>(m_width) * bytesPerPixel;
+    const auto firstOf = [this](int row) { return m_down.first[static_cast<std::size_t>(row)]; };
+    const int keptFrom = std::min(firstOf(m_rowsWritten), m_rowsRead);
+    m_rows.erase(m_rows.begin(), m_rows.begin() + (keptFrom - m_firstRow) * rowBytes);
+    m_firstRow = keptFrom;
+    const int end = firstOf(m_rowsWritten + count - 1) + m_down.taps;
+    m_rows.resize(static_cast<std::size_t>((std::max(end, m_rowsRead) - m_firstRow) * rowBytes));
+    if (m_rowsRead < end && !m_hasEnded) {
+        const int wanted = end - m_rowsRead;
+        const int read = m_source.readRows(m_rows.data() + (m_rowsRead - m_firstRow) * rowBytes, rowBytes, wanted);
+        m_rowsRead += read;
+        m_hasEnded = read < wanted;
+    }
+    int ready = count;
+    while (ready > 0 && firstOf(m_rowsWritten + ready - 1) + m_down.taps > m_rowsRead) {
+        --ready;
+    }
+    return ready;
 }
 
-void RowResampler::filterColumns(int reducedRow) {
+void RowResampler::filterColumns(int reducedRow, std::vector<float>& column) const {
     // Small enough a piece for the sums to stay in the nearest cache.
     constexpr std::size_t piece = 512;
     const auto taps = static_cast<std::size_t>(m_down.taps);
-    const auto first = static_cast<std::size_t>(m_down.first[static_cast<std::size_t>(reducedRow)]);
+    const auto first = static_cast<std::size_t>(m_down.first[static_cast<std::size_t>(reducedRow)] - m_firstRow);
     const float* const weights = m_down.weights.data() + static_cast<std::size_t>(reducedRow) * taps;
-    const std::size_t length = m_column.size();
+    const std::size_t length = column.size();
     for (std::size_t begin = 0; begin < length; begin += piece) {
         const std::size_t count = std::min(piece, length - begin);
-        float* __restrict const sums = m_column.data() + begin;
+        float* __restrict const sums = column.data() + begin;
         std::fill_n(sums, count, 0.0F);
         for (std::size_t tap = 0; tap < taps; ++tap) {
-            const uchar* __restrict const values = m_rows.data() + (first + tap) % taps * length + begin;
+            const uchar* __restrict const values = m_rows.data() + (first + tap) * length + begin;
             const float weight = weights[tap];
             for (std::size_t i = 0; i < count; ++i) {
                 sums[i] += weight * static_cast<float>(values[i]);
@@ -115,20 +139,18 @@ void RowResampler::filterColumns(int reducedRow) {
     }
 }
 
-void RowResampler::filterRow(uchar* row) {
+void RowResampler::filterRow(const std::vector<float>& column, uchar* row) const {
     const auto taps = static_cast<std::size_t>(m_across.taps);
     const float* weight = m_across.weights.data();
-    float* reduced = m_reduced.data();
     for (const int first : m_across.first) {
-        const float* pixels = m_column.data() + static_cast<std::size_t>(first) * bytesPerPixel;
-        Pixel sum{};
+        const float* pixels = column.data() + static_cast<std::size_t>(first) * bytesPerPixel;
+        Pixel sum = Pixel{} + 0.5F;
         for (std::size_t tap = 0; tap < taps; ++tap, ++weight, pixels += bytesPerPixel) {
             sum += *weight * load(pixels);
         }
-        std::memcpy(reduced, &sum, sizeof sum);
-        reduced += bytesPerPixel;
+        storeLevels(sum, row);
+        row += bytesPerPixel;
     }
-    round(m_reduced.data(), row, m_reduced.size());
 }
 
 } // namespace Platform

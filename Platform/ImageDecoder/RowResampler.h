@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/ImageDecoder/RowSource.h"
+#include "Platform/ImageDecoder/ThreadTeam.h"
 
 #include <QSize>
 #include <QSizeF>
@@ -19,7 +20,8 @@ public:
     /// @param extent   the part of it, from the top left, that is the picture proper; at most a fraction of a
     ///                 pixel less than size where scaling while decoding left a part of a pixel at the edges
     /// @param reduced  the size to reduce to, in neither direction more than size
-    RowResampler(RowSource& source, QSize size, QSizeF extent, QSize reduced);
+    /// @param team     shares the work; it outlives this object
+    RowResampler(RowSource& source, QSize size, QSizeF extent, QSize reduced, ThreadTeam& team);
 
     int readRows(uchar* rows, qsizetype bytesPerLine, int count) override;
 
@@ -33,19 +35,21 @@ private:
         std::vector<float> weights; ///< for each new pixel, taps weights of sum 1
     };
 
-    bool readUpTo(int row);
-    void filterColumns(int reducedRow);
-    void filterRow(uchar* row);
+    int readFor(int count);
+    void filterColumns(int reducedRow, std::vector<float>& column) const;
+    void filterRow(const std::vector<float>& column, uchar* row) const;
 
     RowSource& m_source;
+    ThreadTeam& m_team;
     const int m_width;
+    const int m_height;
     const Filter m_across;
     const Filter m_down;
-    std::vector<uchar> m_rows; // the latest m_down.taps rows of the source; row y is at y modulo m_down.taps
-    std::vector<float> m_column;  // one row of the reduced height, still at full width
-    std::vector<float> m_reduced; // the same at the reduced width
+    std::vector<uchar> m_rows; // of the source, from m_firstRow on up to m_rowsRead
+    int m_firstRow = 0;
     int m_rowsRead = 0;
     int m_rowsWritten = 0;
+    bool m_hasEnded = false;
 };
 
 } // namespace Platform

@@ -1,0 +1,151 @@
+#include "Platform/ImageDecoder/ReducedJpeg/CoefficientDecoder.h"
+
+#include "Platform/ImageDecoder/ReducedJpeg/BitWindow.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Platform {
+
+namespace {
+
+constexpr int windowBits = HuffmanCode::windowBits;
+
+// What a table says of a code:
+//   bits 0 to 3     how many value bits follow it
+//   bits 4 to 8     its length; all set: it is longer than the window
+//   from bit 9 on   by how many coefficients it moves on, before that which it gives
+constexpr quint32 valueBitsMask = 0xf;
+constexpr int lengthShift = 4;
+constexpr quint32 lengthMask = 0x1f;
+constexpr quint32 longer = lengthMask << lengthShift;
+constexpr int runShift = 9;
+constexpr quint32 endOfBlock = blockCoefficients; // moves beyond all of them
+constexpr int zeroRun = 15;                       // with no value: sixteen zeros
+
+quint32 entry(HuffmanCode::Code code, bool isDc) {
+    const quint32 size = code.symbol & valueBitsMask;
+    const quint32 zeros = code.symbol >> 4;
+    const bool isEnd = !isDc && size == 0 && zeros != zeroRun;
+    const quint32 run = isDc ? 0 : isEnd ? endOfBlock : zeros;
+    return size | static_cast<quint32>(code.length) << lengthShift | run << runShift;
+}
+
+} // namespace
+
+CoefficientDecoder::Table CoefficientDecoder::table(const HuffmanCode& code, bool isDc) {
+    Table entries;
+    for (quint32 window = 0; window < entries.size(); ++window) {
+        const HuffmanCode::Code found = code.lookUpShort(window);
+        entries[window] = static_cast<quint16>(found.length != 0 ? entry(found, isDc) : longer);
+    }
+    return entries;
+}
+
+CoefficientDecoder::CoefficientDecoder(const McuCodes& codes, const JpegFrame& frame) : m_codes(codes) {
+    for (std::size_t index = 0; index < frame.components.size(); ++index) {
+        const McuCodes::Component& component = codes.components()[index];
+        m_tables.push_back({table(component.dc, true), table(component.ac, false),
+            keptCoefficients(frame.components[index].scaledBlockSize, frame.isLarge())});
+    }
+    for (const int component : codes.blocks()) {
+        m_blockOffsets.push_back(m_valuesPerMcu);
+        m_valuesPerMcu += m_tables[static_cast<std::size_t>(component)].kept.values;
+    }
+}
+
+namespace {
+
+/// The value of the bits that begin there, of which there are size (T.81, F.2.2.1: those that begin with a zero are the
+/// complement of a negative value).
+[[gnu::always_inline]] inline qint16 valueOf(quint64 bits, quint32 size) {
+    const quint64 isNegative = ~static_cast<quint64>(static_cast<qint64>(bits) >> 63); // all bits or none
+    const quint64 magnitude = ((bits ^ isNegative) >> 1) >> (63 - size);
+    return static_cast<qint16>((magnitude ^ isNegative) - isNegative);
+}
+
+/// A block under way.
+struct Block {
+    quint64 position;
+    quint32 coefficient; // that comes next, in zigzag order
+    qint16* values;
+};
+
+/// One after the other, the codes of blocks of one component.
+class CodeReader {
+public:
+    CodeReader(const uchar* data, const quint16* table, const HuffmanCode& code, bool isDc, const quint8* places)
+        : m_data(data), m_table(table), m_code(code), m_isDc(isDc), m_places(places) {}
+
+    /// Decodes the next code. A block that has ended stores what follows where it does no harm.
+    [[gnu::always_inline]] void step(Block& block) const {
+        const quint64 bits = bitsAt(m_data, block.position);
+        quint32 code = m_table[bits >> (64 - windowBits)];
+        if ((code & longer) == longer) [[unlikely]] {
+            code = entry(m_code.lookUp(static_cast<quint32>(bits >> 48)), m_isDc);
+        }
+        const quint32 size = code & valueBitsMask;
+        const quint32 length = code >> lengthShift & lengthMask;
+        const quint32 coefficient = block.coefficient + (code >> runShift);
+        block.values[m_places[coefficient]] = valueOf(bits << length, size);
+        block.position += length + size;
+        block.coefficient = std::min<quint32>(coefficient + 1, KeptCoefficients::beyond);
+    }
+
+private:
+    const uchar* const m_data;
+    const quint16* const m_table;
+    const HuffmanCode& m_code;
+    const bool m_isDc;
+    const quint8* const m_places;
+};
+
+} // namespace
+
+// Each look-up waits for the one before: so four blocks are decoded side by side. How many codes a block has cannot be
+// foreseen; a group goes on until the longest of the four has ended.
+void CoefficientDecoder::decodeBlocks(const uchar* data, const Run& run, std::size_t block) const {
+    const auto component = static_cast<std::size_t>(m_codes.blocks()[block]);
+    const Tables& tables = m_tables[component];
+    const quint8* const places = tables.kept.places.data();
+    const CodeReader dc(data, tables.dc.data(), m_codes.components()[component].dc, true, places);
+    const CodeReader ac(data, tables.ac.data(), m_codes.components()[component].ac, false, places);
+    const auto last = static_cast<quint32>(tables.kept.last);
+    std::array<qint16, blockCoefficients + 1> spare; // for blocks that fill up the last group
+    const auto begin = [&](int mcu) {
+        const bool isSpare = mcu >= run.mcus;
+        const std::ptrdiff_t index = isSpare ? run.mcus - 1 : mcu;
+        qint16* const values = run.values + index * m_valuesPerMcu + m_blockOffsets[block];
+        return Block{run.starts[index * std::ssize(m_blockOffsets) + static_cast<std::ptrdiff_t>(block)], 0,
+            isSpare ? spare.data() : values};
+    };
+    for (int mcu = 0; mcu < run.mcus; mcu += 4) {
+        Block a = begin(mcu);
+        Block b = begin(mcu + 1);
+        Block c = begin(mcu + 2);
+        Block d = begin(mcu + 3);
+        dc.step(a);
+        dc.step(b);
+        dc.step(c);
+        dc.step(d);
+        while (std::min({a.coefficient, b.coefficient, c.coefficient, d.coefficient}) <= last) {
+            ac.step(a);
+            ac.step(b);
+            ac.step(c);
+            ac.step(d);
+        }
+    }
+}
+
+void CoefficientDecoder::decode(std::span<const uchar> window, std::span<const Run> runs, std::atomic<int>& next,
+    const Task& task) const {
+    for (int index = next++; index < std::ssize(runs) && !task.isCancelled(); index = next++) {
+        const Run& run = runs[static_cast<std::size_t>(index)];
+        std::fill_n(run.values, std::ptrdiff_t{run.mcus} * m_valuesPerMcu, qint16{0});
+        for (std::size_t block = 0; block < m_blockOffsets.size(); ++block) {
+            decodeBlocks(window.data(), run, block);
+        }
+    }
+}
+
+} // namespace Platform

@@ -1,0 +1,136 @@
+#include "Platform/ImageDecoder/ReducedJpeg/InverseTransform.h"
+
+#include "Platform/ImageDecoder/ReducedJpeg/KeptCoefficients.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <numbers>
+#include <utility>
+
+namespace Platform {
+
+namespace {
+
+// Samples are stored around zero (T.81, A.3.1); the half rounds.
+constexpr float zeroLevel = 128.5F;
+
+/// The mean, over the samples that a pixel stands for, of the wave of that frequency along one direction (T.81, A.3.3).
+double meanWave(int size, int pixel, int frequency) {
+    const int samples = dctSize / size;
+    double sum = 0;
+    for (int sample = pixel * samples; sample < (pixel + 1) * samples; ++sample) {
+        sum += std::cos((2 * sample + 1) * frequency * std::numbers::pi / (2 * dctSize));
+    }
+    const double norm = frequency == 0 ? std::numbers::sqrt2 / 4 : 0.5;
+    return norm * sum / samples;
+}
+
+uchar level(float value) {
+    return static_cast<uchar>(static_cast<int>(std::min(std::max(value, 0.0F), 255.0F)));
+}
+
+/// Writes four levels.
+template <typename Vector>
+void store(Vector values, uchar* pixels) {
+    using Ints [[gnu::vector_size(4 * sizeof(int))]] = int;
+    using Bytes [[gnu::vector_size(4)]] = uchar;
+    const Vector none{};
+    const Vector most = none + 255.0F;
+    values = values > none ? values : none;
+    values = values < most ? values : most;
+    const Bytes bytes = __builtin_convertvector(__builtin_convertvector(values, Ints), Bytes);
+    std::memcpy(pixels, &bytes, sizeof bytes);
+}
+
+} // namespace
+
+InverseTransform::InverseTransform(const JpegComponent& component, bool isLarge) {
+    const int size = component.scaledBlockSize;
+    const KeptCoefficients kept = keptCoefficients(size, isLarge);
+    const auto wave = [size](int pixel, int frequency) { return meanWave(size, pixel, frequency); };
+    for (int i = 0; i < kept.kept; ++i) {
+        const int position = kept.positions[static_cast<std::size_t>(i)];
+        const int across = position % dctSize;
+        const int down = position / dctSize;
+        const double quantiser = component.quantisers[static_cast<std::size_t>(position)];
+        for (int first = 0; first < std::max(size, 4); first += 4) {
+            Vector weights{};
+            for (int lane = 0; lane < 4; ++lane) {
+                const int pixel = first + lane;
+                const double value = size == 1   ? wave(0, 0) * wave(0, 0)
+                                     : size == 2 ? wave(pixel % 2, across) * wave(pixel / 2, down)
+                                                 : wave(pixel, across);
+                weights[lane] = static_cast<float>(quantiser * value);
+            }
+            m_weights.push_back(weights);
+        }
+    }
+    for (int pixel = 0; pixel < size; ++pixel) {
+        for (int frequency = 0; frequency < dctSize; ++frequency) {
+            m_down[static_cast<std::size_t>(pixel)][static_cast<std::size_t>(frequency)] =
+                static_cast<float>(wave(pixel, frequency));
+        }
+    }
+    m_apply = isLarge ? implementation<true>(size) : implementation<false>(size);
+}
+
+template <bool IsLarge>
+InverseTransform::Apply InverseTransform::implementation(int size) {
+    switch (size) {
+    case 1:
+        return &InverseTransform::applyToOne;
+    case 2:
+        return &InverseTransform::applyToTwo<IsLarge>;
+    case 4:
+        return &InverseTransform::applyToMore<4, IsLarge>;
+    default:
+        return &InverseTransform::applyToMore<8, IsLarge>;
+    }
+}
+
+void InverseTransform::applyToOne(const qint16* values, uchar* pixels, std::ptrdiff_t /*bytesPerLine*/) const {
+    *pixels = level(static_cast<float>(*values) * m_weights[0][0] + zeroLevel);
+}
+
+template <bool IsLarge>
+void InverseTransform::applyToTwo(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
+    constexpr int kept = keptCoefficients(2, IsLarge).kept;
+    Vector sum = Vector{} + zeroLevel;
+    for (int i = 0; i < kept; ++i) {
+        sum += static_cast<float>(values[i]) * m_weights[static_cast<std::size_t>(i)];
+    }
+    uchar levels[4];
+    store(sum, levels);
+    std::memcpy(pixels, levels, 2);
+    std::memcpy(pixels + bytesPerLine, levels + 2, 2);
+}
+
+// One direction after the other: first the pixels across of each row of coefficients, then down. All loops are of known
+// length, so that nothing but sums is left of them.
+template <int Size, bool IsLarge>
+void InverseTransform::applyToMore(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
+    static constexpr KeptCoefficients kept = keptCoefficients(Size, IsLarge);
+    constexpr int vectors = Size / 4;
+    Vector rows[dctSize][vectors] = {};
+    const auto addToRow = [&]<int I>(std::integral_constant<int, I>) {
+        for (int i = 0; i < vectors; ++i) {
+            rows[kept.positions[I] / dctSize][i] +=
+                static_cast<float>(values[I]) * m_weights[static_cast<std::size_t>(I * vectors + i)];
+        }
+    };
+    [&]<int... I>(std::integer_sequence<int, I...>) {
+        (addToRow(std::integral_constant<int, I>()), ...);
+    }(std::make_integer_sequence<int, kept.kept>());
+    for (int y = 0; y < Size; ++y) {
+        for (int i = 0; i < vectors; ++i) {
+            Vector sum = Vector{} + zeroLevel;
+            for (int row = 0; row < dctSize; ++row) {
+                sum += m_down[static_cast<std::size_t>(y)][static_cast<std::size_t>(row)] * rows[row][i];
+            }
+            store(sum, pixels + y * bytesPerLine + 4 * i);
+        }
+    }
+}
+
+} // namespace Platform

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace Platform {
+
+/// A few threads that share one piece of work after the other: the calling thread and helpers of its priority, which
+/// live as long as this object. Between two pieces the helpers sleep. Used by one thread.
+class ThreadTeam {
+public:
+    /// The processor cores that this process may use.
+    static int availableCores();
+
+    /// @param size  members in all, the caller included; fewer where the system gives no more threads
+    explicit ThreadTeam(int size);
+    ~ThreadTeam();
+    ThreadTeam(const ThreadTeam&) = delete;
+    ThreadTeam& operator=(const ThreadTeam&) = delete;
+
+    int size() const { return static_cast<int>(m_helpers.size()) + 1; }
+
+    /// Calls body() once on every member and returns when the last has returned.
+    void run(const std::function<void()>& body);
+
+    /// Calls body(index) for each index from 0 to count - 1, each on the member that is free first.
+    template <typename Body>
+    void forEach(int count, const Body& body) {
+        std::atomic<int> next = 0;
+        const auto share = [&] {
+            for (int index = next++; index < count; index = next++) {
+                body(index);
+            }
+        };
+        if (count == 1) {
+            share();
+        } else {
+            run(share);
+        }
+    }
+
+private:
+    void help();
+
+    const std::function<void()>* m_body = nullptr;
+    std::atomic<int> m_piece = 0;   // counts the pieces of work
+    std::atomic<int> m_working = 0; // helpers that have not finished the latest
+    bool m_isEnding = false;
+    std::vector<std::thread> m_helpers;
+};
+
+} // namespace Platform
