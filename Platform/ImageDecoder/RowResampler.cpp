@@ -1,5 +1,7 @@
 #include "Platform/ImageDecoder/RowResampler.h"
 
+#include "Platform/ImageDecoder/VectorClones.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -42,6 +44,40 @@ void storeLevels(Pixel values, uchar* bytes) {
     values = values < most ? values : most;
     const Bytes levels = __builtin_convertvector(__builtin_convertvector(values, Ints), Bytes);
     std::memcpy(bytes, &levels, sizeof levels);
+}
+
+/// Adds up rows of bytes, each times its weight.
+VANTREL_VECTOR_CLONES
+void sumUpRows(const uchar* rows, const float* weights, std::size_t taps, std::vector<float>& sum) {
+    // Small enough a piece for the sums to stay in the nearest cache.
+    constexpr std::size_t piece = 512;
+    const std::size_t length = sum.size();
+    for (std::size_t begin = 0; begin < length; begin += piece) {
+        const std::size_t count = std::min(piece, length - begin);
+        float* __restrict const sums = sum.data() + begin;
+        std::fill_n(sums, count, 0.0F);
+        for (std::size_t tap = 0; tap < taps; ++tap) {
+            const uchar* __restrict const values = rows + tap * length + begin;
+            const float weight = weights[tap];
+            for (std::size_t i = 0; i < count; ++i) {
+                sums[i] += weight * static_cast<float>(values[i]);
+            }
+        }
+    }
+}
+
+/// For each new pixel, adds up pixels from its first one on, each times its weight.
+VANTREL_VECTOR_CLONES
+void sumUpPixels(const float* pixels, const std::vector<int>& firsts, const float* weight, int taps, uchar* reduced) {
+    for (const int first : firsts) {
+        const float* pixel = pixels + static_cast<std::ptrdiff_t>(first) * bytesPerPixel;
+        Pixel sum = Pixel{} + 0.5F;
+        for (int tap = 0; tap < taps; ++tap, ++weight, pixel += bytesPerPixel) {
+            sum += *weight * load(pixel);
+        }
+        storeLevels(sum, reduced);
+        reduced += bytesPerPixel;
+    }
 }
 
 } // namespace
@@ -119,38 +155,14 @@ int RowResampler::readFor(int count) {
 }
 
 void RowResampler::filterColumns(int reducedRow, std::vector<float>& column) const {
-    // Small enough a piece for the sums to stay in the nearest cache.
-    constexpr std::size_t piece = 512;
     const auto taps = static_cast<std::size_t>(m_down.taps);
     const auto first = static_cast<std::size_t>(m_down.first[static_cast<std::size_t>(reducedRow)] - m_firstRow);
     const float* const weights = m_down.weights.data() + static_cast<std::size_t>(reducedRow) * taps;
-    const std::size_t length = column.size();
-    for (std::size_t begin = 0; begin < length; begin += piece) {
-        const std::size_t count = std::min(piece, length - begin);
-        float* __restrict const sums = column.data() + begin;
-        std::fill_n(sums, count, 0.0F);
-        for (std::size_t tap = 0; tap < taps; ++tap) {
-            const uchar* __restrict const values = m_rows.data() + (first + tap) * length + begin;
-            const float weight = weights[tap];
-            for (std::size_t i = 0; i < count; ++i) {
-                sums[i] += weight * static_cast<float>(values[i]);
-            }
-        }
-    }
+    sumUpRows(m_rows.data() + first * column.size(), weights, taps, column);
 }
 
 void RowResampler::filterRow(const std::vector<float>& column, uchar* row) const {
-    const auto taps = static_cast<std::size_t>(m_across.taps);
-    const float* weight = m_across.weights.data();
-    for (const int first : m_across.first) {
-        const float* pixels = column.data() + static_cast<std::size_t>(first) * bytesPerPixel;
-        Pixel sum = Pixel{} + 0.5F;
-        for (std::size_t tap = 0; tap < taps; ++tap, ++weight, pixels += bytesPerPixel) {
-            sum += *weight * load(pixels);
-        }
-        storeLevels(sum, row);
-        row += bytesPerPixel;
-    }
+    sumUpPixels(column.data(), m_across.first, m_across.weights.data(), m_across.taps, row);
 }
 
 } // namespace Platform

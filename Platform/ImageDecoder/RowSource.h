@@ -22,7 +22,7 @@ public:
 
     /// Writes the next rows.
     ///
-    /// @param rows          where the first of them goes
+    /// @param rows          where the first of them goes, aligned to a pixel
     /// @param bytesPerLine  distance from the start of one row to that of the next; may be negative
     /// @return how many were written: less than count where there are no more, none can be decoded any more,
     ///         or the decode was cancelled

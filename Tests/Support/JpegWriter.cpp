@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
+#include <numeric>
 #include <vector>
 
 namespace {
@@ -86,6 +88,35 @@ std::vector<JSAMPLE> samples(const QImage& picture, int y, JpegOptions::Colors c
     return row;
 }
 
+/// The same symbols, the first of them with a code of one bit and the others with codes of sixteen.
+void lengthenCodes(JHUFF_TBL& table) {
+    const int symbols = std::accumulate(std::begin(table.bits) + 1, std::end(table.bits), 0);
+    std::fill(std::begin(table.bits), std::end(table.bits), UINT8{0});
+    table.bits[1] = 1;
+    table.bits[16] = static_cast<UINT8>(symbols - 1);
+}
+
+void configureCoding(jpeg_compress_struct& jpeg, const JpegOptions& options) {
+    jpeg_set_quality(&jpeg, options.quality, !options.hasLargeQuantisers);
+    jpeg.arith_code = options.isArithmetic;
+    jpeg.restart_interval = static_cast<unsigned>(options.restartInterval);
+    jpeg.optimize_coding = options.hasOptimisedCodes;
+    if (options.hasLongCodes) {
+        for (const int table : {0, 1}) {
+            lengthenCodes(*jpeg.dc_huff_tbl_ptrs[table]);
+            lengthenCodes(*jpeg.ac_huff_tbl_ptrs[table]);
+        }
+    }
+    if (options.colors == JpegOptions::Colors::YCbCr && !options.isSubsampled) {
+        jpeg.comp_info[0].h_samp_factor = 1;
+        jpeg.comp_info[0].v_samp_factor = 1;
+    }
+    for (std::size_t component = 0; component < options.factors.size(); ++component) {
+        jpeg.comp_info[component].h_samp_factor = options.factors[component].horizontal;
+        jpeg.comp_info[component].v_samp_factor = options.factors[component].vertical;
+    }
+}
+
 void configure(jpeg_compress_struct& jpeg, const QImage& picture, const JpegOptions& options) {
     jpeg.image_width = static_cast<JDIMENSION>(picture.width());
     jpeg.image_height = static_cast<JDIMENSION>(picture.height());
@@ -95,6 +126,7 @@ void configure(jpeg_compress_struct& jpeg, const QImage& picture, const JpegOpti
         jpeg.in_color_space = JCS_GRAYSCALE;
         break;
     case JpegOptions::Colors::YCbCr:
+    case JpegOptions::Colors::Rgb:
         jpeg.input_components = 3;
         jpeg.in_color_space = JCS_RGB;
         break;
@@ -104,12 +136,10 @@ void configure(jpeg_compress_struct& jpeg, const QImage& picture, const JpegOpti
         break;
     }
     jpeg_set_defaults(&jpeg);
-    jpeg_set_quality(&jpeg, options.quality, TRUE);
-    jpeg.arith_code = options.isArithmetic;
-    if (options.colors == JpegOptions::Colors::YCbCr && !options.isSubsampled) {
-        jpeg.comp_info[0].h_samp_factor = 1;
-        jpeg.comp_info[0].v_samp_factor = 1;
+    if (options.colors == JpegOptions::Colors::Rgb) {
+        jpeg_set_colorspace(&jpeg, JCS_RGB);
     }
+    configureCoding(jpeg, options);
     if (options.isProgressive) {
         jpeg_simple_progression(&jpeg);
     }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <random>
 
 QImage quadrants(QSize size) {
     QImage picture(size, QImage::Format_RGB32);
@@ -28,6 +29,27 @@ QImage landscape(QSize size) {
                 return static_cast<int>(std::lround(base + swing * shape + detail));
             };
             picture.setPixel(x, y, qRgb(level(140, 90), level(120, -70), level(100 + 60 * v, 50)));
+        }
+    }
+    return picture;
+}
+
+QImage randomPixels(QSize size) {
+    QImage picture(size, QImage::Format_RGB32);
+    std::minstd_rand random; // gives the same numbers everywhere
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            picture.setPixel(x, y, 0xff000000 | static_cast<QRgb>(random() >> 5));
+        }
+    }
+    return picture;
+}
+
+QImage blackAndWhiteBlocks(QSize size) {
+    QImage picture(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            picture.setPixel(x, y, (x / 8 + y / 8) % 2 == 0 ? 0xff000000 : 0xffffffff);
         }
     }
     return picture;

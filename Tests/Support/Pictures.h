@@ -10,6 +10,12 @@ QImage quadrants(QSize size);
 /// Soft shapes with fine detail over them, as a photograph has them; the same for the same size.
 QImage landscape(QSize size);
 
+/// Every pixel any colour; the same for the same size.
+QImage randomPixels(QSize size);
+
+/// Squares of eight pixels, black and white by turns.
+QImage blackAndWhiteBlocks(QSize size);
+
 /// One colour.
 QImage plain(QSize size, const QColor& color);
 

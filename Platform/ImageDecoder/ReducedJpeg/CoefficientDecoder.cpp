@@ -11,24 +11,25 @@ namespace {
 
 constexpr int windowBits = HuffmanCode::windowBits;
 
-// What a table says of a code:
-//   bits 0 to 3     how many value bits follow it
-//   bits 4 to 8     its length; all set: it is longer than the window
-//   from bit 9 on   by how many coefficients it moves on, before that which it gives
-constexpr quint32 valueBitsMask = 0xf;
-constexpr int lengthShift = 4;
-constexpr quint32 lengthMask = 0x1f;
-constexpr quint32 longer = lengthMask << lengthShift;
-constexpr int runShift = 9;
+// What a table says of a code, in the order in which it is needed, so that little has to be taken apart:
+//   bits 0 to 5     its length
+//   bits 8 to 15    how far the bits after it are to be shifted down, but for one, to have its value
+//   bits 16 to 23   its length with its value bits
+//   from bit 24 on  by how many coefficients it moves on, before that which it gives
+// 0: it is longer than the window.
+constexpr int shiftShift = 8;
+constexpr int totalShift = 16;
+constexpr int runShift = 24;
+constexpr quint32 byteMask = 0xff;
 constexpr quint32 endOfBlock = blockCoefficients; // moves beyond all of them
 constexpr int zeroRun = 15;                       // with no value: sixteen zeros
 
 quint32 entry(HuffmanCode::Code code, bool isDc) {
-    const quint32 size = code.symbol & valueBitsMask;
+    const quint32 size = code.symbol & 0xf;
     const quint32 zeros = code.symbol >> 4;
     const bool isEnd = !isDc && size == 0 && zeros != zeroRun;
     const quint32 run = isDc ? 0 : isEnd ? endOfBlock : zeros;
-    return size | static_cast<quint32>(code.length) << lengthShift | run << runShift;
+    return code.length | (63 - size) << shiftShift | (code.length + size) << totalShift | run << runShift;
 }
 
 } // namespace
@@ -37,7 +38,7 @@ CoefficientDecoder::Table CoefficientDecoder::table(const HuffmanCode& code, boo
     Table entries;
     for (quint32 window = 0; window < entries.size(); ++window) {
         const HuffmanCode::Code found = code.lookUpShort(window);
-        entries[window] = static_cast<quint16>(found.length != 0 ? entry(found, isDc) : longer);
+        entries[window] = found.length != 0 ? entry(found, isDc) : 0;
     }
     return entries;
 }
@@ -56,11 +57,11 @@ CoefficientDecoder::CoefficientDecoder(const McuCodes& codes, const JpegFrame& f
 
 namespace {
 
-/// The value of the bits that begin there, of which there are size (T.81, F.2.2.1: those that begin with a zero are the
-/// complement of a negative value).
-[[gnu::always_inline]] inline qint16 valueOf(quint64 bits, quint32 size) {
+/// The value of the first bits of these, all but shift + 1 (T.81, F.2.2.1: those that begin with a zero are the complement of
+/// a negative value).
+[[gnu::always_inline]] inline qint16 valueOf(quint64 bits, quint32 shift) {
     const quint64 isNegative = ~static_cast<quint64>(static_cast<qint64>(bits) >> 63); // all bits or none
-    const quint64 magnitude = ((bits ^ isNegative) >> 1) >> (63 - size);
+    const quint64 magnitude = ((bits ^ isNegative) >> 1) >> shift;
     return static_cast<qint16>((magnitude ^ isNegative) - isNegative);
 }
 
@@ -74,27 +75,25 @@ struct Block {
 /// One after the other, the codes of blocks of one component.
 class CodeReader {
 public:
-    CodeReader(const uchar* data, const quint16* table, const HuffmanCode& code, bool isDc, const quint8* places)
+    CodeReader(const uchar* data, const quint32* table, const HuffmanCode& code, bool isDc, const quint8* places)
         : m_data(data), m_table(table), m_code(code), m_isDc(isDc), m_places(places) {}
 
     /// Decodes the next code. A block that has ended stores what follows where it does no harm.
     [[gnu::always_inline]] void step(Block& block) const {
         const quint64 bits = bitsAt(m_data, block.position);
         quint32 code = m_table[bits >> (64 - windowBits)];
-        if ((code & longer) == longer) [[unlikely]] {
+        if (code == 0) [[unlikely]] {
             code = entry(m_code.lookUp(static_cast<quint32>(bits >> 48)), m_isDc);
         }
-        const quint32 size = code & valueBitsMask;
-        const quint32 length = code >> lengthShift & lengthMask;
         const quint32 coefficient = block.coefficient + (code >> runShift);
-        block.values[m_places[coefficient]] = valueOf(bits << length, size);
-        block.position += length + size;
-        block.coefficient = std::min<quint32>(coefficient + 1, KeptCoefficients::beyond);
+        block.values[m_places[coefficient]] = valueOf(bits << (code & 63), code >> shiftShift & byteMask);
+        block.position += code >> totalShift & byteMask;
+        block.coefficient = coefficient + 1;
     }
 
 private:
     const uchar* const m_data;
-    const quint16* const m_table;
+    const quint32* const m_table;
     const HuffmanCode& m_code;
     const bool m_isDc;
     const quint8* const m_places;

@@ -44,7 +44,7 @@ public:
 
 private:
     /// For each window of bits, what the code is that it begins with.
-    using Table = std::array<quint16, std::size_t{1} << HuffmanCode::windowBits>;
+    using Table = std::array<quint32, std::size_t{1} << HuffmanCode::windowBits>;
 
     struct Tables { // of a component
         Table dc;

@@ -90,7 +90,8 @@ void EntropyDecoder::cutWindow() {
         const quint64 length = m_cut.segmentBytes * 8;
         int mcus = mcusToRestart();
         auto next = static_cast<std::size_t>(m_mcusFound / m_frame.restartInterval - m_data.restartsBefore());
-        for (; next < restarts.size(); mcus = m_frame.restartInterval) {
+        // One that comes too early ends what can be found.
+        for (; next < restarts.size() && restarts[next] * 8 > begin; mcus = m_frame.restartInterval) {
             std::size_t end = next + 1;
             while (end < restarts.size() && restarts[end] * 8 <= begin + length) {
                 ++end;
@@ -231,7 +232,8 @@ bool EntropyDecoder::endsWithData() const {
 /// Decodes that many of the MCUs found that are not yet taken.
 void EntropyDecoder::decodeValues(int mcus) {
     const int valuesPerMcu = m_coefficients.valuesPerMcu();
-    m_values.resize(std::max(m_values.size(), static_cast<std::size_t>(mcus) * static_cast<std::size_t>(valuesPerMcu)));
+    m_values.resize(std::max(m_values.size(), static_cast<std::size_t>(mcus) * static_cast<std::size_t>(valuesPerMcu) +
+                                                  readableBeyond));
     m_runs.clear();
     m_runDc.clear();
     for (int mcu = 0; mcu < mcus; mcu += mcusPerRun) {

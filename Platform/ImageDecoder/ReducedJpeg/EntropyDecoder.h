@@ -27,11 +27,14 @@ public:
         int valuesPerBand = 512 * 1024; ///< more only where a row of MCUs has more
     };
 
+    static constexpr std::size_t readableBeyond = 8;
+
     /// Rows of MCUs with their coefficients.
     struct Band {
         int mcuRows = 0;
 
-        /// CoefficientDecoder::valuesPerMcu() of them for each MCU, DC coefficients included. Valid until the next band.
+        /// CoefficientDecoder::valuesPerMcu() of them for each MCU, DC coefficients included; readableBeyond more can be
+        /// read. Valid until the next band.
         std::span<const qint16> values;
     };
 

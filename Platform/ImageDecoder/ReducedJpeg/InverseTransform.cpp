@@ -30,6 +30,15 @@ uchar level(float value) {
     return static_cast<uchar>(static_cast<int>(std::min(std::max(value, 0.0F), 255.0F)));
 }
 
+/// Four coefficients.
+template <typename Vector>
+Vector load(const qint16* values) {
+    using Shorts [[gnu::vector_size(4 * sizeof(qint16))]] = qint16;
+    Shorts shorts;
+    std::memcpy(&shorts, values, sizeof shorts);
+    return __builtin_convertvector(shorts, Vector);
+}
+
 /// Writes four levels.
 template <typename Vector>
 void store(Vector values, uchar* pixels) {
@@ -97,8 +106,11 @@ template <bool IsLarge>
 void InverseTransform::applyToTwo(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
     constexpr int kept = keptCoefficients(2, IsLarge).kept;
     Vector sum = Vector{} + zeroLevel;
-    for (int i = 0; i < kept; ++i) {
-        sum += static_cast<float>(values[i]) * m_weights[static_cast<std::size_t>(i)];
+    for (int i = 0; i < kept; i += 4) {
+        const Vector four = load<Vector>(values + i);
+        for (int lane = 0; lane < std::min(4, kept - i); ++lane) {
+            sum += four[lane] * m_weights[static_cast<std::size_t>(i + lane)];
+        }
     }
     uchar levels[4];
     store(sum, levels);
@@ -113,10 +125,14 @@ void InverseTransform::applyToMore(const qint16* values, uchar* pixels, std::ptr
     static constexpr KeptCoefficients kept = keptCoefficients(Size, IsLarge);
     constexpr int vectors = Size / 4;
     Vector rows[dctSize][vectors] = {};
+    Vector four{};
     const auto addToRow = [&]<int I>(std::integral_constant<int, I>) {
+        if constexpr (I % 4 == 0) {
+            four = load<Vector>(values + I);
+        }
         for (int i = 0; i < vectors; ++i) {
             rows[kept.positions[I] / dctSize][i] +=
-                static_cast<float>(values[I]) * m_weights[static_cast<std::size_t>(I * vectors + i)];
+                four[I % 4] * m_weights[static_cast<std::size_t>(I * vectors + i)];
         }
     };
     [&]<int... I>(std::integer_sequence<int, I...>) {

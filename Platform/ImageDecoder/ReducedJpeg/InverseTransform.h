@@ -13,6 +13,9 @@ namespace Platform {
 /// picture. Immutable; any thread.
 class InverseTransform {
 public:
+    /// Values are read four at a time: so many more must be readable after the last block's.
+    static constexpr int readableBeyond = 3;
+
     /// @param isLarge  as the coefficients were decoded: JpegFrame::isLarge()
     InverseTransform(const JpegComponent& component, bool isLarge);
 

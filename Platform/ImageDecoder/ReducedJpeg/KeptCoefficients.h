@@ -21,9 +21,10 @@ struct KeptCoefficients {
     /// For each place the coefficient's position in the block, row by row from the top left.
     std::array<quint8, blockCoefficients> positions{};
 
-    /// For each in zigzag order its place; what is not kept and what is beyond has that of the last value.
-    static constexpr quint32 beyond = 2 * blockCoefficients - 1;
-    std::array<quint8, 3 * blockCoefficients> places{};
+    /// For each in zigzag order its place; what is not kept and what is beyond has that of the last value. Beyond is where
+    /// a decoder comes to that goes on after the end of a block: with each of its codes by that many at most.
+    static constexpr std::size_t longestMove = blockCoefficients + 1;
+    std::array<quint8, blockCoefficients * (longestMove + 1)> places{};
 };
 
 /// The position in a block, row by row, of each coefficient in zigzag order (T.81, figure A.6).

@@ -1,6 +1,7 @@
 #include "Platform/ImageDecoder/ReducedJpeg/PixelRows.h"
 
 #include "Platform/ImageDecoder/RowSource.h"
+#include "Platform/ImageDecoder/VectorClones.h"
 
 #include <algorithm>
 
@@ -11,6 +12,7 @@ namespace {
 // Each pixel is three quarters of the sample that it lies in and a quarter of the nearest other one. The rounding goes up
 // and down by turns, as libjpeg's does.
 
+VANTREL_VECTOR_CLONES
 void interpolateAcross(const uchar* samples, int count, uchar* pixels) {
     pixels[0] = samples[0];
     pixels[1] = static_cast<uchar>((samples[0] * 3 + samples[1] + 2) >> 2);
@@ -23,6 +25,7 @@ void interpolateAcross(const uchar* samples, int count, uchar* pixels) {
     pixels[2 * last + 1] = samples[last];
 }
 
+VANTREL_VECTOR_CLONES
 void interpolateDown(const uchar* samples, const uchar* neighbours, int bias, int count, uchar* pixels) {
     for (int i = 0; i < count; ++i) {
         pixels[i] = static_cast<uchar>((samples[i] * 3 + neighbours[i] + bias) >> 2);
@@ -35,31 +38,32 @@ void repeatAcross(const uchar* samples, int times, int width, uchar* pixels) {
     }
 }
 
-uchar level(int value) {
-    return static_cast<uchar>(std::clamp(value, 0, 255));
+quint32 level(int value) {
+    return static_cast<quint32>(std::min(std::max(value, 0), 255));
+}
+
+quint32 pixel(quint32 red, quint32 green, quint32 blue) {
+    return 0xff000000 | red << 16 | green << 8 | blue;
 }
 
 /// ITU-T T.871, clause 7.
+VANTREL_VECTOR_CLONES
 void convertYCbCr(const uchar* __restrict luma, const uchar* __restrict blue, const uchar* __restrict red, int width,
-    uchar* __restrict pixels) {
+    quint32* __restrict pixels) {
     for (int x = 0; x < width; ++x) {
         const int y = luma[x];
         const int cb = blue[x] - 128;
         const int cr = red[x] - 128;
-        pixels[4 * x] = level(y + ((cb * 116130 + 32768) >> 16));
-        pixels[4 * x + 1] = level(y + ((cb * -22554 + cr * -46802 + 32768) >> 16));
-        pixels[4 * x + 2] = level(y + ((cr * 91881 + 32768) >> 16));
-        pixels[4 * x + 3] = 255;
+        pixels[x] = pixel(level(y + ((cr * 91881 + 32768) >> 16)),
+            level(y + ((cb * -22554 + cr * -46802 + 32768) >> 16)), level(y + ((cb * 116130 + 32768) >> 16)));
     }
 }
 
+VANTREL_VECTOR_CLONES
 void interleave(const uchar* __restrict red, const uchar* __restrict green, const uchar* __restrict blue, int width,
-    uchar* __restrict pixels) {
+    quint32* __restrict pixels) {
     for (int x = 0; x < width; ++x) {
-        pixels[4 * x] = blue[x];
-        pixels[4 * x + 1] = green[x];
-        pixels[4 * x + 2] = red[x];
-        pixels[4 * x + 3] = 255;
+        pixels[x] = pixel(red[x], green[x], blue[x]);
     }
 }
 
@@ -106,7 +110,7 @@ const uchar* PixelRows::upsampled(
     return buffer.data();
 }
 
-void PixelRows::write(int row, const ComponentRow& componentRow, uchar* pixels) const {
+void PixelRows::write(int row, const ComponentRow& componentRow, quint32* pixels) const {
     std::array<std::vector<uchar>, 3> buffers;
     std::array<const uchar*, 3> samples{};
     for (std::size_t component = 0; component < m_components.size(); ++component) {

@@ -22,8 +22,8 @@ public:
     /// Whether a row takes not only the component rows that it lies in, but also those above or below.
     bool needsNeighbours() const;
 
-    /// Writes a row: blue, green, red, 255.
-    void write(int row, const ComponentRow& componentRow, uchar* pixels) const;
+    /// Writes a row, as QImage::Format_RGB32 has it.
+    void write(int row, const ComponentRow& componentRow, quint32* pixels) const;
 
 private:
     struct Component {

@@ -47,7 +47,8 @@ int ReducedJpeg::readRows(uchar* rows, qsizetype bytesPerLine, int count) {
         m_team.forEach((ready - from + rowsPerShare - 1) / rowsPerShare, [&](int share) {
             const int begin = from + share * rowsPerShare;
             for (int row = begin; row < std::min(begin + rowsPerShare, ready); ++row) {
-                m_pixelRows.write(row, componentRow, rows + (row - first) * bytesPerLine);
+                m_pixelRows.write(
+                    row, componentRow, reinterpret_cast<quint32*>(rows + (row - first) * bytesPerLine));
             }
         });
         m_rowsRead = ready;

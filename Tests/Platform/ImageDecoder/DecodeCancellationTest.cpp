@@ -139,8 +139,9 @@ void DecodeCancellationTest::noBandIsBegunOnceCancelled() {
     constexpr int cancelledAfter = 100;
     CancellingRows rows(task, cancelledAfter);
     const StoredPicture picture{rows, QSize(100, 10000), QSizeF(100, 10000), 1};
+    ThreadTeam team(2);
     const auto image =
-        render(picture, size, ColorTransform(ColorTransform::Pixels::Rgb, {}), "photo.jpg", task);
+        render(picture, size, ColorTransform(ColorTransform::Pixels::Rgb, {}), "photo.jpg", task, team);
     QVERIFY(image && image->isNull());
     // A band is 32 rows of the result; the reduced one's are each made of ten, and of some that reach over.
     QVERIFY(rows.rowsRead() <= cancelledAfter + 32 * 10 + 40);
