@@ -6,8 +6,19 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
+#include <string>
 #include <vector>
+
+/// Ends the program with the message where that is not so.
+inline void check(bool isSo, const std::string& message) {
+    if (!isSo) {
+        std::fprintf(stderr, "%s\n", message.c_str());
+        std::exit(EXIT_FAILURE);
+    }
+}
 
 /// Since the timer was started.
 inline double milliseconds(const QElapsedTimer& timer) {

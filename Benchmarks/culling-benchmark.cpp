@@ -5,10 +5,11 @@
 // with and without the preloading pass behind it; and the memory that the process holds once 2,000 photos are
 // preloaded. The folders are filled with hard links to the photos given, so that drawing them costs nothing.
 #include "Benchmarks/Measuring.h"
+#include "Benchmarks/ObservedViewModel.h"
+#include "Benchmarks/PhotoFolder.h"
 #include "Platform/ImageDecoder/ImageDecoder.h"
 #include "Platform/SystemTaskScheduler.h"
 #include "Platform/UserDefaults.h"
-#include "Vantrel/CullingViewModel.h"
 #include "Vantrel/MainWindow.h"
 
 #include <QApplication>
@@ -18,28 +19,16 @@
 #include <QQuickView>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTimer>
 
-#include <unistd.h>
-
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <string>
+#include <optional>
 #include <vector>
 
 using Platform::FileURL;
 namespace fs = std::filesystem;
 
 namespace {
-
-/// A view model whose thumbnails can be counted.
-class ObservedViewModel : public CullingViewModel {
-public:
-    using CullingViewModel::CullingViewModel;
-    int preloadedPhotos() { return static_cast<int>(smallThumbnails().storage().size()); }
-};
 
 /// The application on a folder that it opens when told.
 class Session {
@@ -66,18 +55,6 @@ public:
         loop.exec();
     }
 
-    void waitForPreload(int photos) {
-        QEventLoop loop;
-        QTimer poll;
-        QObject::connect(&poll, &QTimer::timeout, [&] {
-            if (m_viewModel.preloadedPhotos() >= photos) {
-                loop.quit();
-            }
-        });
-        poll.start(20);
-        loop.exec();
-    }
-
     void press(int key) {
         QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
         QCoreApplication::sendEvent(&m_window, &press);
@@ -92,32 +69,6 @@ private:
     ObservedViewModel m_viewModel{
         {m_scheduler, m_userDefaults, [this](const QString&, const FileURL&) { return m_choice; }}};
     QQuickView m_window;
-};
-
-/// A folder of that many photos: hard links to those given, or to copies where a photo has links enough.
-class PhotoFolder {
-public:
-    PhotoFolder(const std::vector<fs::path>& photos, int count) {
-        constexpr int linksPerFile = 30000; // some file systems allow no more than 65,000
-        const fs::path folder = m_dir.path().toStdString();
-        std::vector<fs::path> originals(photos.size());
-        for (int index = 0; index < count; ++index) {
-            const std::size_t photo = static_cast<std::size_t>(index) % photos.size();
-            const fs::path name = folder / ("IMG_" + std::to_string(index) + ".jpg");
-            const bool needsCopy = index / static_cast<int>(photos.size()) % linksPerFile == 0;
-            if (needsCopy) {
-                fs::copy_file(photos[photo], name);
-                originals[photo] = name;
-            } else {
-                fs::create_hard_link(originals[photo], name);
-            }
-        }
-    }
-
-    FileURL url() const { return FileURL(m_dir.path().toStdString()); }
-
-private:
-    QTemporaryDir m_dir;
 };
 
 void measureLoading(const std::vector<fs::path>& photos, int count) {
@@ -140,7 +91,7 @@ void measureSteps(const std::vector<fs::path>& photos) {
     const PhotoFolder folder(photos, count);
     Session session;
     session.open(folder.url());
-    session.waitForPreload(count);
+    session.viewModel().waitForPreload(count);
     session.waitForFrame();
     std::printf("memory with %d photos preloaded: %.0f MiB\n", count, residentMemory());
     std::vector<double> steps;
@@ -176,12 +127,12 @@ void measureKeysDuringPreload(const std::vector<fs::path>& photos) {
     const PhotoFolder folder(photos, count);
     Session session;
     session.open(folder.url());
-    session.waitForPreload(2);
+    session.viewModel().waitForPreload(2);
     const auto during = keyTimes(session, presses);
     const bool isStillPreloading = session.viewModel().preloadedPhotos() < count;
     const PhotoFolder pair(photos, 2);
     session.open(pair.url());
-    session.waitForPreload(2);
+    session.viewModel().waitForPreload(2);
     const auto after = keyTimes(session, presses);
     std::printf(
         "key to drawn photo: median %.2f ms, 95%% %.2f ms without preloading; median %.2f ms, 95%% %.2f ms, "

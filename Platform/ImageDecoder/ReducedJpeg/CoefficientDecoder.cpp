@@ -136,14 +136,10 @@ void CoefficientDecoder::decodeBlocks(const uchar* data, const Run& run, std::si
     }
 }
 
-void CoefficientDecoder::decode(std::span<const uchar> window, std::span<const Run> runs, std::atomic<int>& next,
-    const Task& task) const {
-    for (int index = next++; index < std::ssize(runs) && !task.isCancelled(); index = next++) {
-        const Run& run = runs[static_cast<std::size_t>(index)];
-        std::fill_n(run.values, std::ptrdiff_t{run.mcus} * m_valuesPerMcu, qint16{0});
-        for (std::size_t block = 0; block < m_blockOffsets.size(); ++block) {
-            decodeBlocks(window.data(), run, block);
-        }
+void CoefficientDecoder::decode(std::span<const uchar> window, const Run& run) const {
+    std::fill_n(run.values, std::ptrdiff_t{run.mcus} * m_valuesPerMcu, qint16{0});
+    for (std::size_t block = 0; block < m_blockOffsets.size(); ++block) {
+        decodeBlocks(window.data(), run, block);
     }
 }
 

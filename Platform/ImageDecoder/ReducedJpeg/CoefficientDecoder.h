@@ -2,12 +2,10 @@
 
 #include "Platform/ImageDecoder/ReducedJpeg/KeptCoefficients.h"
 #include "Platform/ImageDecoder/ReducedJpeg/McuCodes.h"
-#include "Platform/Task.h"
 
 #include <QtGlobal>
 
 #include <array>
-#include <atomic>
 #include <span>
 #include <vector>
 
@@ -36,11 +34,10 @@ public:
         qint16* values; ///< valuesPerMcu() for each of them
     };
 
-    /// Decodes runs, taking one after the other as next counts up; no more of them once the task is cancelled.
+    /// Decodes a run.
     ///
     /// @param window  the data, which ScanData::padding follows; the blocks have been found in it by a BlockScanner
-    void decode(std::span<const uchar> window, std::span<const Run> runs, std::atomic<int>& next,
-        const Task& task) const;
+    void decode(std::span<const uchar> window, const Run& run) const;
 
 private:
     /// For each window of bits, what the code is that it begins with.

@@ -244,10 +244,13 @@ void EntropyDecoder::decodeValues(int mcus) {
         const int interval = m_frame.restartInterval;
         m_runDc.push_back({interval == 0 ? m_mcus : (interval - before % interval) % interval, {}, {}});
     }
-    std::atomic<int> next = 0;
-    m_team.run([&] { m_coefficients.decode(m_data.window(), m_runs, next, m_task); });
     const auto runs = static_cast<int>(m_runs.size());
-    m_team.forEach(runs, [this](int run) { sumUpDc(static_cast<std::size_t>(run)); });
+    m_team.forEach(runs, [this](int run) {
+        if (!m_task.isCancelled()) {
+            m_coefficients.decode(m_data.window(), m_runs[static_cast<std::size_t>(run)]);
+            sumUpDc(static_cast<std::size_t>(run));
+        }
+    });
     carryDcOver();
     m_team.forEach(runs, [this](int run) { addDcBefore(static_cast<std::size_t>(run)); });
 }

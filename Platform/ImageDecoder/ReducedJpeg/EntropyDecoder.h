@@ -23,7 +23,7 @@ public:
     /// How the work is cut; what comes out does not depend on it.
     struct Cut {
         std::size_t windowBytes = std::size_t{512} * 1024; ///< of data read on at a time
-        std::size_t segmentBytes = std::size_t{16} * 1024;
+        std::size_t segmentBytes = std::size_t{8} * 1024;
         int valuesPerBand = 512 * 1024; ///< more only where a row of MCUs has more
     };
 

@@ -88,22 +88,34 @@ template <bool IsLarge>
 InverseTransform::Apply InverseTransform::implementation(int size) {
     switch (size) {
     case 1:
-        return &InverseTransform::applyToOne;
+        return &InverseTransform::applyToAll<1, IsLarge>;
     case 2:
-        return &InverseTransform::applyToTwo<IsLarge>;
+        return &InverseTransform::applyToAll<2, IsLarge>;
     case 4:
-        return &InverseTransform::applyToMore<4, IsLarge>;
+        return &InverseTransform::applyToAll<4, IsLarge>;
     default:
-        return &InverseTransform::applyToMore<8, IsLarge>;
+        return &InverseTransform::applyToAll<8, IsLarge>;
     }
 }
 
-void InverseTransform::applyToOne(const qint16* values, uchar* pixels, std::ptrdiff_t /*bytesPerLine*/) const {
-    *pixels = level(static_cast<float>(*values) * m_weights[0][0] + zeroLevel);
+template <int Size, bool IsLarge>
+void InverseTransform::applyToAll(const Blocks& blocks) const {
+    const qint16* values = blocks.values;
+    uchar* pixels = blocks.pixels;
+    for (std::ptrdiff_t block = 0; block < blocks.count; ++block) {
+        transform<Size, IsLarge>(values, pixels, blocks.bytesPerLine);
+        values += blocks.valuesStep;
+        pixels += blocks.pixelsStep;
+    }
 }
 
-template <bool IsLarge>
-void InverseTransform::applyToTwo(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
+// More than two pixels each way: one direction after the other, first the pixels across of each row of coefficients, then
+// down. All loops are of known length, so that nothing but sums is left of them.
+template <int Size, bool IsLarge>
+void InverseTransform::transform(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
+    if constexpr (Size == 1) {
+        *pixels = level(static_cast<float>(*values) * m_weights[0][0] + zeroLevel);
+    } else if constexpr (Size == 2) {
     constexpr int kept = keptCoefficients(2, IsLarge).kept;
     Vector sum = Vector{} + zeroLevel;
     for (int i = 0; i < kept; i += 4) {
@@ -116,12 +128,7 @@ void InverseTransform::applyToTwo(const qint16* values, uchar* pixels, std::ptrd
     store(sum, levels);
     std::memcpy(pixels, levels, 2);
     std::memcpy(pixels + bytesPerLine, levels + 2, 2);
-}
-
-// One direction after the other: first the pixels across of each row of coefficients, then down. All loops are of known
-// length, so that nothing but sums is left of them.
-template <int Size, bool IsLarge>
-void InverseTransform::applyToMore(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
+    } else {
     static constexpr KeptCoefficients kept = keptCoefficients(Size, IsLarge);
     constexpr int vectors = Size / 4;
     Vector rows[dctSize][vectors] = {};
@@ -146,6 +153,7 @@ void InverseTransform::applyToMore(const qint16* values, uchar* pixels, std::ptr
             }
             store(sum, pixels + y * bytesPerLine + 4 * i);
         }
+    }
     }
 }
 

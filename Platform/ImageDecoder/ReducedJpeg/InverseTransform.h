@@ -19,24 +19,29 @@ public:
     /// @param isLarge  as the coefficients were decoded: JpegFrame::isLarge()
     InverseTransform(const JpegComponent& component, bool isLarge);
 
-    /// @param values        of a block: KeptCoefficients
-    /// @param pixels        scaledBlockSize rows of as many bytes
-    /// @param bytesPerLine  from one of these rows to the next
-    void apply(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
-        (this->*m_apply)(values, pixels, bytesPerLine);
-    }
+    /// Blocks of a component side by side.
+    struct Blocks {
+        const qint16* values; ///< of the first block: KeptCoefficients
+        std::ptrdiff_t valuesStep;
+        uchar* pixels; ///< of the first block: scaledBlockSize rows of as many bytes
+        std::ptrdiff_t pixelsStep;
+        std::ptrdiff_t bytesPerLine;
+        std::ptrdiff_t count;
+    };
+
+    void apply(const Blocks& blocks) const { (this->*m_apply)(blocks); }
 
 private:
     using Vector [[gnu::vector_size(4 * sizeof(float))]] = float;
-    using Apply = void (InverseTransform::*)(const qint16*, uchar*, std::ptrdiff_t) const;
+    using Apply = void (InverseTransform::*)(const Blocks&) const;
 
     template <bool IsLarge>
     static Apply implementation(int size);
-    void applyToOne(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const;
-    template <bool IsLarge>
-    void applyToTwo(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const;
     template <int Size, bool IsLarge>
-    void applyToMore(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const;
+    void applyToAll(const Blocks& blocks) const;
+
+    template <int Size, bool IsLarge>
+    void transform(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const;
 
     Apply m_apply;
 

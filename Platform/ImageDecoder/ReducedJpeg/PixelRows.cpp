@@ -32,9 +32,17 @@ void interpolateDown(const uchar* samples, const uchar* neighbours, int bias, in
     }
 }
 
-void repeatAcross(const uchar* samples, int times, int width, uchar* pixels) {
-    for (int x = 0; x < width; ++x) {
-        pixels[x] = samples[x / times];
+VANTREL_VECTOR_CLONES
+void repeatTwice(const uchar* __restrict samples, int count, uchar* __restrict pixels) {
+    for (int i = 0; i < count; ++i) {
+        pixels[2 * i] = samples[i];
+        pixels[2 * i + 1] = samples[i];
+    }
+}
+
+void repeat(const uchar* samples, int times, int count, uchar* pixels) {
+    for (int i = 0; i < count; ++i) {
+        pixels = std::fill_n(pixels, times, samples[i]);
     }
 }
 
@@ -97,15 +105,17 @@ const uchar* PixelRows::upsampled(
     if (component.across == 1 && !component.isSmoothDown) {
         return samples;
     }
-    buffer.resize(static_cast<std::size_t>(std::max(m_width, 2 * component.size.width())));
+    buffer.resize(static_cast<std::size_t>(std::max(m_width, component.across * component.size.width())));
     if (component.isSmoothDown) {
         const bool isUpper = row % 2 == 0;
         const int other = std::clamp(nearest + (isUpper ? -1 : 1), 0, component.size.height() - 1);
         interpolateDown(samples, componentRow(index, other), isUpper ? 1 : 2, m_width, buffer.data());
     } else if (component.isSmoothAcross) {
         interpolateAcross(samples, component.size.width(), buffer.data());
+    } else if (component.across == 2) {
+        repeatTwice(samples, component.size.width(), buffer.data());
     } else {
-        repeatAcross(samples, component.across, m_width, buffer.data());
+        repeat(samples, component.across, component.size.width(), buffer.data());
     }
     return buffer.data();
 }

@@ -100,14 +100,15 @@ void ReducedJpeg::transformMcuRow(const EntropyDecoder::Band& band, int row) {
         const std::ptrdiff_t firstRow = plane.rows - (band.mcuRows - row) * plane.rowsPerMcu;
         for (int y = 0; y < component.verticalFactor; ++y) {
             for (int x = 0; x < component.horizontalFactor; ++x, ++block) {
-                const qint16* values =
-                    band.values.data() + row * mcus * coefficients.valuesPerMcu() + coefficients.blockOffsets()[block];
-                uchar* pixels = plane.pixels.data() + (firstRow + y * size) * plane.bytesPerLine + x * size;
-                for (std::ptrdiff_t mcu = 0; mcu < mcus; ++mcu) {
-                    m_transforms[index].apply(values, pixels, plane.bytesPerLine);
-                    values += coefficients.valuesPerMcu();
-                    pixels += component.horizontalFactor * size;
-                }
+                m_transforms[index].apply({
+                    .values = band.values.data() + row * mcus * coefficients.valuesPerMcu() +
+                              coefficients.blockOffsets()[block],
+                    .valuesStep = coefficients.valuesPerMcu(),
+                    .pixels = plane.pixels.data() + (firstRow + y * size) * plane.bytesPerLine + x * size,
+                    .pixelsStep = component.horizontalFactor * size,
+                    .bytesPerLine = plane.bytesPerLine,
+                    .count = mcus,
+                });
             }
         }
     }

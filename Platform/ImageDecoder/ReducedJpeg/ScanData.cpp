@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace Platform {
 
@@ -12,6 +13,9 @@ constexpr uchar firstRestart = 0xd0;
 constexpr int restartNumbers = 8;
 constexpr uchar endOfImage = 0xd9;
 
+// Before what is staged, for what is kept of the window: the beginning of a row of MCUs most often.
+constexpr std::size_t room = std::size_t{64} * 1024;
+
 } // namespace
 
 void ScanData::stage(std::size_t size) {
@@ -19,7 +23,7 @@ void ScanData::stage(std::size_t size) {
         return;
     }
     m_raw.resize(size);
-    m_staged.resize(std::max(m_staged.size(), m_stagedSize + size + 1));
+    m_staged.resize(std::max(m_staged.size(), room + m_stagedSize + size + 1 + padding));
     const std::size_t count = m_read(m_raw);
     unstuff(std::span(m_raw).first(count));
     m_hasBroken = m_hasBroken || (!m_hasEnded && count < size);
@@ -33,7 +37,7 @@ void ScanData::unstuff(std::span<const uchar> bytes) {
             const uchar code = *from++;
             m_isAfterFF = code == markerPrefix; // may be repeated
             if (code == 0) {
-                m_staged[m_stagedSize++] = markerPrefix;
+                m_staged[room + m_stagedSize++] = markerPrefix;
             } else if (code != markerPrefix) {
                 meetMarker(code);
             }
@@ -42,7 +46,7 @@ void ScanData::unstuff(std::span<const uchar> bytes) {
         const auto left = static_cast<std::size_t>(end - from);
         const auto* const prefix = static_cast<const uchar*>(std::memchr(from, markerPrefix, left));
         const std::size_t count = prefix ? static_cast<std::size_t>(prefix - from) : left;
-        std::memcpy(m_staged.data() + m_stagedSize, from, count);
+        std::memcpy(m_staged.data() + room + m_stagedSize, from, count);
         m_stagedSize += count;
         from += count;
         if (prefix) {
@@ -65,15 +69,17 @@ void ScanData::meetMarker(uchar code) {
 
 void ScanData::advance(std::size_t consumed) {
     const std::size_t kept = m_size - consumed;
-    if (m_window.size() < kept + m_stagedSize + padding) {
-        m_window.resize(kept + m_stagedSize + padding);
+    if (kept > room) {
+        m_staged.insert(m_staged.begin(), kept - room, 0);
     }
-    std::memmove(m_window.data(), m_window.data() + consumed, kept);
-    if (m_stagedSize > 0) {
-        std::memcpy(m_window.data() + kept, m_staged.data(), m_stagedSize);
-    }
+    m_staged.resize(std::max(m_staged.size(), std::max(room, kept) + m_stagedSize + padding));
+    const std::size_t begin = std::max(room, kept) - kept;
+    std::copy_n(m_window.begin() + static_cast<std::ptrdiff_t>(m_begin + consumed), kept,
+        m_staged.begin() + static_cast<std::ptrdiff_t>(begin));
+    std::swap(m_window, m_staged);
+    m_begin = begin;
     m_size = kept + m_stagedSize;
-    std::memset(m_window.data() + m_size, 0, padding);
+    std::memset(m_window.data() + m_begin + m_size, 0, padding);
 
     const auto firstKept = std::ranges::lower_bound(m_restarts, consumed);
     m_restartsBefore += static_cast<int>(firstKept - m_restarts.begin());

@@ -28,7 +28,7 @@ public:
     void advance(std::size_t consumed);
 
     /// The window. Valid until advance().
-    std::span<const uchar> window() const { return {m_window.data(), m_size}; }
+    std::span<const uchar> window() const { return {m_window.data() + m_begin, m_size}; }
 
     /// Where in the window restart intervals begin, in bytes, except the first of the scan.
     const std::vector<std::size_t>& restarts() const { return m_restarts; }
@@ -49,13 +49,14 @@ private:
     void meetMarker(uchar code);
 
     Read m_read;
-    std::vector<uchar> m_window; // and padding
+    std::vector<uchar> m_window; // in it from m_begin on, and padding
+    std::size_t m_begin = 0;
     std::size_t m_size = 0;
     std::vector<std::size_t> m_restarts;
     int m_restartsBefore = 0;
     bool m_isBroken = false;
 
-    // What was staged and is not yet part of the window.
+    // What was staged and is not yet part of the window: behind room for what is kept of that.
     std::vector<uchar> m_raw;
     std::vector<uchar> m_staged;
     std::size_t m_stagedSize = 0;
