@@ -46,21 +46,61 @@ void storeLevels(Pixel values, uchar* bytes) {
     std::memcpy(bytes, &levels, sizeof levels);
 }
 
+// The sums below are most of the work. With a number of taps that the compiler knows they stay in registers.
+
+template <int Taps>
+[[gnu::always_inline]] inline void sumUpRowsOf(
+    const uchar* __restrict rows, const float* weights, std::size_t length, float* __restrict sums) {
+    for (std::size_t i = 0; i < length; ++i) {
+        float sum = 0;
+        for (int tap = 0; tap < Taps; ++tap) {
+            sum += weights[tap] * static_cast<float>(rows[static_cast<std::size_t>(tap) * length + i]);
+        }
+        sums[i] = sum;
+    }
+}
+
+/// Taps 0 stands for any number.
+template <int Taps>
+[[gnu::always_inline]] inline void sumUpPixelsOf(
+    const float* pixels, const std::vector<int>& firsts, const float* weight, int taps, uchar* reduced) {
+    for (const int first : firsts) {
+        const float* pixel = pixels + static_cast<std::ptrdiff_t>(first) * bytesPerPixel;
+        Pixel sum = Pixel{} + 0.5F;
+        for (int tap = 0; tap < (Taps == 0 ? taps : Taps); ++tap, ++weight, pixel += bytesPerPixel) {
+            sum += *weight * load(pixel);
+        }
+        storeLevels(sum, reduced);
+        reduced += bytesPerPixel;
+    }
+}
+
 /// Adds up rows of bytes, each times its weight.
 VANTREL_VECTOR_CLONES
-void sumUpRows(const uchar* rows, const float* weights, std::size_t taps, std::vector<float>& sum) {
+void sumUpRows(const uchar* rows, const float* weights, int taps, std::size_t length, float* sums) {
+    switch (taps) {
+    case 5:
+        return sumUpRowsOf<5>(rows, weights, length, sums);
+    case 6:
+        return sumUpRowsOf<6>(rows, weights, length, sums);
+    case 7:
+        return sumUpRowsOf<7>(rows, weights, length, sums);
+    case 8:
+        return sumUpRowsOf<8>(rows, weights, length, sums);
+    default:
+        break;
+    }
     // Small enough a piece for the sums to stay in the nearest cache.
     constexpr std::size_t piece = 512;
-    const std::size_t length = sum.size();
     for (std::size_t begin = 0; begin < length; begin += piece) {
         const std::size_t count = std::min(piece, length - begin);
-        float* __restrict const sums = sum.data() + begin;
-        std::fill_n(sums, count, 0.0F);
-        for (std::size_t tap = 0; tap < taps; ++tap) {
-            const uchar* __restrict const values = rows + tap * length + begin;
+        float* __restrict const part = sums + begin;
+        std::fill_n(part, count, 0.0F);
+        for (int tap = 0; tap < taps; ++tap) {
+            const uchar* __restrict const values = rows + static_cast<std::size_t>(tap) * length + begin;
             const float weight = weights[tap];
             for (std::size_t i = 0; i < count; ++i) {
-                sums[i] += weight * static_cast<float>(values[i]);
+                part[i] += weight * static_cast<float>(values[i]);
             }
         }
     }
@@ -68,15 +108,18 @@ void sumUpRows(const uchar* rows, const float* weights, std::size_t taps, std::v
 
 /// For each new pixel, adds up pixels from its first one on, each times its weight.
 VANTREL_VECTOR_CLONES
-void sumUpPixels(const float* pixels, const std::vector<int>& firsts, const float* weight, int taps, uchar* reduced) {
-    for (const int first : firsts) {
-        const float* pixel = pixels + static_cast<std::ptrdiff_t>(first) * bytesPerPixel;
-        Pixel sum = Pixel{} + 0.5F;
-        for (int tap = 0; tap < taps; ++tap, ++weight, pixel += bytesPerPixel) {
-            sum += *weight * load(pixel);
-        }
-        storeLevels(sum, reduced);
-        reduced += bytesPerPixel;
+void sumUpPixels(const float* pixels, const std::vector<int>& firsts, const float* weights, int taps, uchar* reduced) {
+    switch (taps) {
+    case 5:
+        return sumUpPixelsOf<5>(pixels, firsts, weights, taps, reduced);
+    case 6:
+        return sumUpPixelsOf<6>(pixels, firsts, weights, taps, reduced);
+    case 7:
+        return sumUpPixelsOf<7>(pixels, firsts, weights, taps, reduced);
+    case 8:
+        return sumUpPixelsOf<8>(pixels, firsts, weights, taps, reduced);
+    default:
+        return sumUpPixelsOf<0>(pixels, firsts, weights, taps, reduced);
     }
 }
 
@@ -155,10 +198,9 @@ int RowResampler::readFor(int count) {
 }
 
 void RowResampler::filterColumns(int reducedRow, std::vector<float>& column) const {
-    const auto taps = static_cast<std::size_t>(m_down.taps);
     const auto first = static_cast<std::size_t>(m_down.first[static_cast<std::size_t>(reducedRow)] - m_firstRow);
-    const float* const weights = m_down.weights.data() + static_cast<std::size_t>(reducedRow) * taps;
-    sumUpRows(m_rows.data() + first * column.size(), weights, taps, column);
+    const float* const weights = m_down.weights.data() + std::ptrdiff_t{reducedRow} * m_down.taps;
+    sumUpRows(m_rows.data() + first * column.size(), weights, m_down.taps, column.size(), column.data());
 }
 
 void RowResampler::filterRow(const std::vector<float>& column, uchar* row) const {

@@ -1,6 +1,7 @@
 #include "Platform/ImageDecoder/ReducedJpeg/InverseTransform.h"
 
 #include "Platform/ImageDecoder/ReducedJpeg/KeptCoefficients.h"
+#include "Platform/ImageDecoder/VectorClones.h"
 
 #include <algorithm>
 #include <cmath>
@@ -54,8 +55,9 @@ void store(Vector values, uchar* pixels) {
 
 } // namespace
 
-InverseTransform::InverseTransform(const JpegComponent& component, bool isLarge) {
-    const int size = component.scaledBlockSize;
+InverseTransform::InverseTransform(const JpegComponent& component, bool isLarge)
+    : m_size(component.scaledBlockSize), m_isLarge(isLarge) {
+    const int size = m_size;
     const KeptCoefficients kept = keptCoefficients(size, isLarge);
     const auto wave = [size](int pixel, int frequency) { return meanWave(size, pixel, frequency); };
     for (int i = 0; i < kept.kept; ++i) {
@@ -81,38 +83,12 @@ InverseTransform::InverseTransform(const JpegComponent& component, bool isLarge)
                 static_cast<float>(wave(pixel, frequency));
         }
     }
-    m_apply = isLarge ? implementation<true>(size) : implementation<false>(size);
-}
-
-template <bool IsLarge>
-InverseTransform::Apply InverseTransform::implementation(int size) {
-    switch (size) {
-    case 1:
-        return &InverseTransform::applyToAll<1, IsLarge>;
-    case 2:
-        return &InverseTransform::applyToAll<2, IsLarge>;
-    case 4:
-        return &InverseTransform::applyToAll<4, IsLarge>;
-    default:
-        return &InverseTransform::applyToAll<8, IsLarge>;
-    }
-}
-
-template <int Size, bool IsLarge>
-void InverseTransform::applyToAll(const Blocks& blocks) const {
-    const qint16* values = blocks.values;
-    uchar* pixels = blocks.pixels;
-    for (std::ptrdiff_t block = 0; block < blocks.count; ++block) {
-        transform<Size, IsLarge>(values, pixels, blocks.bytesPerLine);
-        values += blocks.valuesStep;
-        pixels += blocks.pixelsStep;
-    }
 }
 
 // More than two pixels each way: one direction after the other, first the pixels across of each row of coefficients, then
 // down. All loops are of known length, so that nothing but sums is left of them.
 template <int Size, bool IsLarge>
-void InverseTransform::transform(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
+[[gnu::always_inline]] inline void InverseTransform::transform(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
     if constexpr (Size == 1) {
         *pixels = level(static_cast<float>(*values) * m_weights[0][0] + zeroLevel);
     } else if constexpr (Size == 2) {
@@ -155,6 +131,36 @@ void InverseTransform::transform(const qint16* values, uchar* pixels, std::ptrdi
         }
     }
     }
+}
+
+template <int Size, bool IsLarge>
+[[gnu::always_inline]] inline void InverseTransform::applyToAllOf(const Blocks& blocks) const {
+    const qint16* values = blocks.values;
+    uchar* pixels = blocks.pixels;
+    for (std::ptrdiff_t block = 0; block < blocks.count; ++block) {
+        transform<Size, IsLarge>(values, pixels, blocks.bytesPerLine);
+        values += blocks.valuesStep;
+        pixels += blocks.pixelsStep;
+    }
+}
+
+template <bool IsLarge>
+[[gnu::always_inline]] inline void InverseTransform::applyToAll(const Blocks& blocks) const {
+    switch (m_size) {
+    case 1:
+        return applyToAllOf<1, IsLarge>(blocks);
+    case 2:
+        return applyToAllOf<2, IsLarge>(blocks);
+    case 4:
+        return applyToAllOf<4, IsLarge>(blocks);
+    default:
+        return applyToAllOf<8, IsLarge>(blocks);
+    }
+}
+
+VANTREL_VECTOR_CLONES
+void InverseTransform::apply(const Blocks& blocks) const {
+    return m_isLarge ? applyToAll<true>(blocks) : applyToAll<false>(blocks);
 }
 
 } // namespace Platform

@@ -29,21 +29,20 @@ public:
         std::ptrdiff_t count;
     };
 
-    void apply(const Blocks& blocks) const { (this->*m_apply)(blocks); }
+    void apply(const Blocks& blocks) const;
 
 private:
     using Vector [[gnu::vector_size(4 * sizeof(float))]] = float;
-    using Apply = void (InverseTransform::*)(const Blocks&) const;
-
     template <bool IsLarge>
-    static Apply implementation(int size);
-    template <int Size, bool IsLarge>
     void applyToAll(const Blocks& blocks) const;
+    template <int Size, bool IsLarge>
+    void applyToAllOf(const Blocks& blocks) const;
 
     template <int Size, bool IsLarge>
     void transform(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const;
 
-    Apply m_apply;
+    const int m_size;
+    const bool m_isLarge;
 
     // What each coefficient kept contributes: to the only pixel, to all four, or to the pixels across of its row of
     // coefficients, four in a vector.
