@@ -98,8 +98,8 @@ void clearNotKept(const JpegFrame& frame, const McuCodes& codes, const Coefficie
     }
 }
 
-DecodedValues decode(const JpegFrame& frame, const McuCodes& codes, Input data, int threads,
-    const EntropyDecoder::Cut& cut) {
+DecodedValues decode(
+    const JpegFrame& frame, const McuCodes& codes, Input data, int threads, const EntropyDecoder::Cut& cut) {
     ThreadTeam team(threads);
     EntropyDecoder decoder(
         frame, codes, [&data](std::span<uchar> buffer) { return data.read(buffer); }, team, Task(), cut);

@@ -83,8 +83,8 @@ private:
     jvirt_barray_ptr* m_arrays = nullptr;
 };
 
-void compareMcu(const JpegFrame& frame, const qint16* values, const std::vector<int>& offsets, int row, int mcu,
-    Reference& reference) {
+void compareMcu(const JpegFrame& frame, const qint16* values, const std::vector<int>& offsets, int row,
+    int mcu, Reference& reference) {
     std::size_t block = 0;
     for (std::size_t index = 0; index < frame.components.size(); ++index) {
         const JpegComponent& component = frame.components[index];
@@ -124,7 +124,8 @@ void compareCoefficients(const Input& input, const FileURL& url) {
     }
     ThreadTeam team(input.threads);
     EntropyDecoder decoder(
-        *frame, *codes, [&jpeg](std::span<uchar> buffer) { return jpeg.readData(buffer); }, team, Task(), input.cut);
+        *frame, *codes, [&jpeg](std::span<uchar> buffer) { return jpeg.readData(buffer); }, team, Task(),
+        input.cut);
     const DecodedValues decoded = decodeAll(decoder);
     if (!decoded.isFinished) {
         return;
@@ -155,7 +156,8 @@ void makePixels(const Input& input, const FileURL& url) {
     }
     ThreadTeam team(input.threads);
     ReducedJpeg rows(
-        *frame, *codes, [&jpeg](std::span<uchar> buffer) { return jpeg.readData(buffer); }, team, Task(), input.cut);
+        *frame, *codes, [&jpeg](std::span<uchar> buffer) { return jpeg.readData(buffer); }, team, Task(),
+        input.cut);
     const qsizetype bytesPerLine = static_cast<qsizetype>(frame->scaledSize.width()) * bytesPerPixel;
     constexpr int rowsAtATime = 5;
     std::vector<uchar> pixels(static_cast<std::size_t>(rowsAtATime * bytesPerLine));

@@ -160,9 +160,9 @@ bool JpegDecompressor::isFrame() const {
                                     ? m_info.jpeg_color_space == JCS_GRAYSCALE
                                     : m_info.num_components == 3 && (m_info.jpeg_color_space == JCS_YCbCr ||
                                                                         m_info.jpeg_color_space == JCS_RGB);
-    if (!hasKnownColors || m_info.progressive_mode || m_info.arith_code || m_info.data_precision != BITS_IN_JSAMPLE ||
-        m_info.comps_in_scan != m_info.num_components || m_info.Ss != 0 || m_info.Se != DCTSIZE2 - 1 ||
-        m_info.Ah != 0 || m_info.Al != 0) {
+    if (!hasKnownColors || m_info.progressive_mode || m_info.arith_code ||
+        m_info.data_precision != BITS_IN_JSAMPLE || m_info.comps_in_scan != m_info.num_components ||
+        m_info.Ss != 0 || m_info.Se != DCTSIZE2 - 1 || m_info.Ah != 0 || m_info.Al != 0) {
         return false;
     }
     for (int i = 0; i < m_info.num_components; ++i) {
@@ -210,11 +210,13 @@ JpegComponent JpegDecompressor::component(const jpeg_component_info& info) const
 std::size_t JpegDecompressor::readData(std::span<uchar> buffer) {
     m_hasGivenData = true;
     const std::size_t buffered = std::min(m_source.bytes_in_buffer, buffer.size());
+    if (buffered == 0) {
+        return m_file.read(buffer.data(), buffer.size());
+    }
     std::copy_n(m_source.next_input_byte, buffered, buffer.data());
     m_source.next_input_byte += buffered;
     m_source.bytes_in_buffer -= buffered;
-    const std::span<uchar> rest = buffer.subspan(buffered);
-    return buffered + (rest.empty() ? 0 : m_file.read(rest.data(), rest.size()));
+    return buffered;
 }
 
 bool JpegDecompressor::start(int denominator) {
@@ -224,10 +226,19 @@ bool JpegDecompressor::start(int denominator) {
     m_info.scale_num = 1;
     m_info.scale_denom = static_cast<unsigned>(denominator);
     m_info.out_color_space = components() == Components::Cmyk ? JCS_CMYK : JCS_EXT_BGRA;
-    if (denominator == dctSize && m_info.progressive_mode) {
+    if (denominator == dctSize && m_info.progressive_mode && areMeansEnough()) {
         return startFromFirstScans();
     }
     return jpeg_start_decompress(&m_info);
+}
+
+/// Whether a picture of an eighth takes no more than the mean of each block: chroma at half the resolution is to be two pixels
+/// each way of it.
+bool JpegDecompressor::areMeansEnough() {
+    jpeg_calc_output_dimensions(&m_info);
+    const std::span components(m_info.comp_info, static_cast<std::size_t>(m_info.num_components));
+    return isLargePhoto(size()) ||
+           std::ranges::all_of(components, [](const auto& info) { return info.DCT_scaled_size == 1; });
 }
 
 /// Called where the jump of an error may land.

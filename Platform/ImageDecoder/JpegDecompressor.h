@@ -51,14 +51,14 @@ public:
     std::optional<JpegFrame> frame(int denominator);
 
     /// Reads the data that follow the header, from where the library has come to; instead of start().
-    /// @return the number of bytes, less than asked for only at the end of the file
+    /// @return the number of bytes; 0 at the end of the file only
     std::size_t readData(std::span<uchar> buffer);
 
     /// Whether it has given such data, which the library then lacks.
     bool hasGivenData() const { return m_hasGivenData; }
 
     /// Begins decoding at 1/denominator of the size: 1, 2, 4 or 8. For an eighth of a progressive picture only those scans
-    /// are read that it takes.
+    /// are read that the means of its blocks take; a large picture's colours may come out a little softer at edges then.
     bool start(int denominator);
 
     /// Size in pixels of the rows that come, after start().
@@ -75,6 +75,7 @@ private:
     bool assembleProfile(JOCTET** profile, unsigned* size);
     bool computeScaledSizes(int denominator);
     bool startFromFirstScans();
+    bool areMeansEnough();
     bool hasMeans() const;
     bool isFrame() const;
     JpegComponent component(const jpeg_component_info& info) const;

@@ -48,8 +48,8 @@ struct Presentation {
 
 Presentation presentation(JpegDecompressor& jpeg, int maxPixelSize) {
     const ExifTags exif = readExifTags(jpeg.exif());
-    return {jpeg.size(), fittedSize(jpeg.size(), maxPixelSize), scaleDenominator(jpeg.size(), maxPixelSize), exif,
-        ColorTransform(pixels(jpeg), jpeg.iccProfile(), exif.isAdobeRgb)};
+    return {jpeg.size(), fittedSize(jpeg.size(), maxPixelSize), scaleDenominator(jpeg.size(), maxPixelSize),
+        exif, ColorTransform(pixels(jpeg), jpeg.iccProfile(), exif.isAdobeRgb)};
 }
 
 Result<QImage> show(RowSource& rows, QSize size, const Presentation& presentation, const ReadOnlyFile& file,
@@ -93,7 +93,7 @@ Result<QImage> decodeJpeg(ReadOnlyFile& file, int maxPixelSize, const Task& task
     }
     if (jpeg->hasGivenData()) {
         jpeg.emplace(file, task);
-        if (!file.seek(0) || !jpeg->readHeader()) {
+        if (!file.startOver() || !jpeg->readHeader()) {
             return QImage();
         }
     }

@@ -56,4 +56,9 @@ bool ReadOnlyFile::seek(qint64 position) {
     return lseek(m_descriptor.get(), position, SEEK_SET) == position;
 }
 
+bool ReadOnlyFile::startOver() {
+    m_isExhausted = false;
+    return seek(0);
+}
+
 } // namespace Platform

@@ -26,6 +26,9 @@ public:
     /// Goes to a position in bytes from the start of the file.
     bool seek(qint64 position);
 
+    /// Goes to the start, as if nothing had been read yet.
+    bool startOver();
+
     /// Length in bytes when the file was opened.
     qint64 size() const { return m_size; }
 

@@ -108,7 +108,8 @@ void sumUpRows(const uchar* rows, const float* weights, int taps, std::size_t le
 
 /// For each new pixel, adds up pixels from its first one on, each times its weight.
 VANTREL_VECTOR_CLONES
-void sumUpPixels(const float* pixels, const std::vector<int>& firsts, const float* weights, int taps, uchar* reduced) {
+void sumUpPixels(
+    const float* pixels, const std::vector<int>& firsts, const float* weights, int taps, uchar* reduced) {
     switch (taps) {
     case 5:
         return sumUpPixelsOf<5>(pixels, firsts, weights, taps, reduced);
@@ -186,7 +187,8 @@ int RowResampler::readFor(int count) {
     m_rows.resize(static_cast<std::size_t>((std::max(end, m_rowsRead) - m_firstRow) * rowBytes));
     if (m_rowsRead < end && !m_hasEnded) {
         const int wanted = end - m_rowsRead;
-        const int read = m_source.readRows(m_rows.data() + (m_rowsRead - m_firstRow) * rowBytes, rowBytes, wanted);
+        const int read =
+            m_source.readRows(m_rows.data() + (m_rowsRead - m_firstRow) * rowBytes, rowBytes, wanted);
         m_rowsRead += read;
         m_hasEnded = read < wanted;
     }
@@ -198,7 +200,8 @@ int RowResampler::readFor(int count) {
 }
 
 void RowResampler::filterColumns(int reducedRow, std::vector<float>& column) const {
-    const auto first = static_cast<std::size_t>(m_down.first[static_cast<std::size_t>(reducedRow)] - m_firstRow);
+    const auto first =
+        static_cast<std::size_t>(m_down.first[static_cast<std::size_t>(reducedRow)] - m_firstRow);
     const float* const weights = m_down.weights.data() + std::ptrdiff_t{reducedRow} * m_down.taps;
     sumUpRows(m_rows.data() + first * column.size(), weights, m_down.taps, column.size(), column.data());
 }

@@ -21,7 +21,7 @@ struct JpegOptions {
     std::vector<Factors> factors; ///< of the components, which counts more; empty: as isSubsampled says
     int restartInterval = 0;      ///< in MCUs; 0: none
     bool hasOptimisedCodes = false;
-    bool hasLongCodes = false;      ///< Huffman codes of 16 bits, but for one symbol of each table
+    bool hasLongCodes = false;       ///< Huffman codes of 16 bits, but for one symbol of each table
     bool hasLargeQuantisers = false; ///< of 16 bits, where the quality is so low as to ask for them
     bool isProgressive = false;
     bool isArithmetic = false;

@@ -76,8 +76,7 @@ BlockScanner::BlockScanner(const McuCodes& codes, int restartInterval) : m_resta
         const Place* const following = &m_places[2 * ((block + 1) % blocks)];
         for (const std::size_t part : {std::size_t{0}, std::size_t{1}}) {
             const std::size_t index = 2 * static_cast<std::size_t>(codes.blocks()[block]) + part;
-            m_places[2 * block + part] = {
-                m_tables[index].data(), {within, following}, &m_codes[index]};
+            m_places[2 * block + part] = {m_tables[index].data(), {within, following}, &m_codes[index]};
         }
     }
 }
@@ -91,8 +90,9 @@ BlockScanner::Walk BlockScanner::beginAt(quint64 position, quint32* starts, cons
 // The way of a block must not be a matter of branches: each would be foreseen wrongly once a block, which costs more than
 // the block itself. Only what is rare is branched to.
 [[gnu::always_inline]] inline void BlockScanner::step(Walk& walk, const uchar* data) {
-    const quint64 next = walk.state + static_cast<quint64>(qint64{
-                                          walk.place->table[bitsAt(data, walk.position()) >> (64 - windowBits)]});
+    const quint64 next =
+        walk.state +
+        static_cast<quint64>(qint64{walk.place->table[bitsAt(data, walk.position()) >> (64 - windowBits)]});
     if (next & tooFar) [[unlikely]] {
         walk = passOneCode(walk, data);
         return;
@@ -132,7 +132,11 @@ class BlockScanner::Lanes {
 public:
     Lanes(const BlockScanner& scanner, std::span<const uchar> window, std::span<ScanSegment> segments,
         std::atomic<int>& next, const Task& task)
-        : m_scanner(scanner), m_window(window), m_segments(segments), m_next(next), m_task(task),
+        : m_scanner(scanner),
+          m_window(window),
+          m_segments(segments),
+          m_next(next),
+          m_task(task),
           m_idlePlace{scanner.m_idle.data(), {&m_idlePlace, &m_idlePlace}, nullptr} {}
 
     void run() {
@@ -161,8 +165,8 @@ private:
     struct Search {
         ScanSegment* segment = nullptr;
         quint64 limit = std::numeric_limits<quint64>::max(); // where the walk is to be looked at more closely
-        std::size_t restart = 0;            // the next of the segment's
-        std::ptrdiff_t blocksToRestart = 0; // from the first
+        std::size_t restart = 0;                             // the next of the segment's
+        std::ptrdiff_t blocksToRestart = 0;                  // from the first
         std::unique_ptr<quint32[]> starts = std::make_unique<quint32[]>(1);
         std::size_t capacity = 1;
     };
@@ -249,8 +253,8 @@ BlockScanner::Walk BlockScanner::Lanes::finish(const Walk& walk, std::size_t lan
     return begin(lane);
 }
 
-void BlockScanner::scan(
-    std::span<const uchar> window, std::span<ScanSegment> segments, std::atomic<int>& next, const Task& task) const {
+void BlockScanner::scan(std::span<const uchar> window, std::span<ScanSegment> segments,
+    std::atomic<int>& next, const Task& task) const {
     Lanes(*this, window, segments, next, task).run();
 }
 

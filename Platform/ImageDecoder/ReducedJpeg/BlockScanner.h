@@ -70,7 +70,8 @@ private:
 
     // A search under way: few and small variables, since four of them are to fit into the registers of a processor.
     struct Walk {
-        quint64 state; // the position, and in the lowest eight bits how many coefficients of the block are to come
+        quint64
+            state; // the position, and in the lowest eight bits how many coefficients of the block are to come
         const Place* place;
         quint32* starts;     // where the next is to be written
         quint32* firstStart; // the first that counts

@@ -75,7 +75,8 @@ struct Block {
 /// One after the other, the codes of blocks of one component.
 class CodeReader {
 public:
-    CodeReader(const uchar* data, const quint32* table, const HuffmanCode& code, bool isDc, const quint8* places)
+    CodeReader(
+        const uchar* data, const quint32* table, const HuffmanCode& code, bool isDc, const quint8* places)
         : m_data(data), m_table(table), m_code(code), m_isDc(isDc), m_places(places) {}
 
     /// Decodes the next code. A block that has ended stores what follows where it does no harm.

@@ -29,7 +29,8 @@ public:
 
     /// MCUs that follow one another.
     struct Run {
-        const quint32* starts; ///< of their blocks, and the end of the last: in bits from the start of the window
+        const quint32*
+            starts; ///< of their blocks, and the end of the last: in bits from the start of the window
         int mcus;
         qint16* values; ///< valuesPerMcu() for each of them
     };

@@ -16,15 +16,16 @@ constexpr int mcusPerRun = 64;
 constexpr std::size_t maximumWindow = std::size_t{64} << 20;
 
 // Codes and values of the largest MCU that there can be.
-constexpr quint64 mostBitsPerMcu = quint64{mostBlocksPerMcu} * blockCoefficients * (HuffmanCode::longestCode + 15);
+constexpr quint64 mostBitsPerMcu =
+    quint64{mostBlocksPerMcu} * blockCoefficients * (HuffmanCode::longestCode + 15);
 
 // libjpeg gives up on more.
 constexpr qint64 largestDc = std::numeric_limits<qint32>::max();
 
 } // namespace
 
-EntropyDecoder::EntropyDecoder(const JpegFrame& frame, const McuCodes& codes, ScanData::Read read, ThreadTeam& team,
-    const Task& task, const Cut& cut)
+EntropyDecoder::EntropyDecoder(const JpegFrame& frame, const McuCodes& codes, ScanData::Read read,
+    ThreadTeam& team, const Task& task, const Cut& cut)
     : m_frame(frame),
       m_blocks(codes.blocks()),
       m_mcusPerRow(frame.mcusPerRow()),
@@ -232,8 +233,8 @@ bool EntropyDecoder::endsWithData() const {
 /// Decodes that many of the MCUs found that are not yet taken.
 void EntropyDecoder::decodeValues(int mcus) {
     const int valuesPerMcu = m_coefficients.valuesPerMcu();
-    m_values.resize(std::max(m_values.size(), static_cast<std::size_t>(mcus) * static_cast<std::size_t>(valuesPerMcu) +
-                                                  readableBeyond));
+    m_values.resize(std::max(m_values.size(),
+        static_cast<std::size_t>(mcus) * static_cast<std::size_t>(valuesPerMcu) + readableBeyond));
     m_runs.clear();
     m_runDc.clear();
     for (int mcu = 0; mcu < mcus; mcu += mcusPerRun) {

@@ -100,10 +100,11 @@ private:
 
     std::size_t m_toStage; // bytes
     std::vector<ScanSegment> m_segments;
-    std::size_t m_segment = 0;     // the first that may hold the next MCU
-    std::size_t m_block = 0;       // and where in it
-    quint64 m_position = 0;        // in bits of the window: where the MCUs found so far end
-    std::vector<quint32> m_starts; // of the blocks of the MCUs from m_firstMcu up to m_mcusFound, and their end
+    std::size_t m_segment = 0; // the first that may hold the next MCU
+    std::size_t m_block = 0;   // and where in it
+    quint64 m_position = 0;    // in bits of the window: where the MCUs found so far end
+    std::vector<quint32>
+        m_starts; // of the blocks of the MCUs from m_firstMcu up to m_mcusFound, and their end
     int m_firstMcu = 0;
     int m_mcusFound = 0;
     int m_mcusTaken = 0; // and returned

@@ -31,23 +31,24 @@ std::optional<HuffmanCode> HuffmanCode::make(const HuffmanSpecification& specifi
     }
     const int count = std::accumulate(specification.counts.begin(), specification.counts.end(), 0);
     const auto end = specification.symbols.begin() + count;
-    const bool isReadable = std::all_of(specification.symbols.begin(), end,
-        [&](quint8 symbol) { return symbol <= largestSymbol; });
+    const bool isReadable = std::all_of(
+        specification.symbols.begin(), end, [&](quint8 symbol) { return symbol <= largestSymbol; });
     return isReadable ? std::optional(HuffmanCode(specification)) : std::nullopt;
 }
 
 HuffmanCode::HuffmanCode(const HuffmanSpecification& specification)
     : m_symbols(specification.symbols), m_short(std::size_t{1} << windowBits) {
     quint32 code = 0;
-    int symbol = 0;
+    std::size_t symbol = 0;
     for (int length = 1; length <= longestCode; ++length) {
-        const int count = specification.counts[static_cast<std::size_t>(length - 1)];
-        m_lengths[static_cast<std::size_t>(length)].firstSymbol = symbol - static_cast<int>(code);
-        for (int i = 0; i < count && length <= windowBits; ++i) {
+        const std::size_t count = specification.counts[static_cast<std::size_t>(length - 1)];
+        m_lengths[static_cast<std::size_t>(length)].firstSymbol =
+            static_cast<int>(symbol) - static_cast<int>(code);
+        for (std::size_t i = 0; i < count && length <= windowBits; ++i) {
             const auto first = m_short.begin() + (static_cast<qsizetype>(code + static_cast<quint32>(i))
                                                      << (windowBits - length));
             std::fill_n(first, qsizetype{1} << (windowBits - length),
-                Code{static_cast<quint8>(length), m_symbols[static_cast<std::size_t>(symbol + i)]});
+                Code{static_cast<quint8>(length), m_symbols[symbol + i]});
         }
         code += static_cast<quint32>(count);
         symbol += count;

@@ -88,48 +88,49 @@ InverseTransform::InverseTransform(const JpegComponent& component, bool isLarge)
 // More than two pixels each way: one direction after the other, first the pixels across of each row of coefficients, then
 // down. All loops are of known length, so that nothing but sums is left of them.
 template <int Size, bool IsLarge>
-[[gnu::always_inline]] inline void InverseTransform::transform(const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
+[[gnu::always_inline]] inline void InverseTransform::transform(
+    const qint16* values, uchar* pixels, std::ptrdiff_t bytesPerLine) const {
     if constexpr (Size == 1) {
         *pixels = level(static_cast<float>(*values) * m_weights[0][0] + zeroLevel);
     } else if constexpr (Size == 2) {
-    constexpr int kept = keptCoefficients(2, IsLarge).kept;
-    Vector sum = Vector{} + zeroLevel;
-    for (int i = 0; i < kept; i += 4) {
-        const Vector four = load<Vector>(values + i);
-        for (int lane = 0; lane < std::min(4, kept - i); ++lane) {
-            sum += four[lane] * m_weights[static_cast<std::size_t>(i + lane)];
-        }
-    }
-    uchar levels[4];
-    store(sum, levels);
-    std::memcpy(pixels, levels, 2);
-    std::memcpy(pixels + bytesPerLine, levels + 2, 2);
-    } else {
-    static constexpr KeptCoefficients kept = keptCoefficients(Size, IsLarge);
-    constexpr int vectors = Size / 4;
-    Vector rows[dctSize][vectors] = {};
-    Vector four{};
-    const auto addToRow = [&]<int I>(std::integral_constant<int, I>) {
-        if constexpr (I % 4 == 0) {
-            four = load<Vector>(values + I);
-        }
-        for (int i = 0; i < vectors; ++i) {
-            rows[kept.positions[I] / dctSize][i] +=
-                four[I % 4] * m_weights[static_cast<std::size_t>(I * vectors + i)];
-        }
-    };
-    [&]<int... I>(std::integer_sequence<int, I...>) {
-        (addToRow(std::integral_constant<int, I>()), ...);
-    }(std::make_integer_sequence<int, kept.kept>());
-    for (int y = 0; y < Size; ++y) {
-        for (int i = 0; i < vectors; ++i) {
-            Vector sum = Vector{} + zeroLevel;
-            for (int row = 0; row < dctSize; ++row) {
-                sum += m_down[static_cast<std::size_t>(y)][static_cast<std::size_t>(row)] * rows[row][i];
+        constexpr std::size_t kept = keptCoefficients(2, IsLarge).kept;
+        Vector sum = Vector{} + zeroLevel;
+        for (std::size_t i = 0; i < kept; i += 4) {
+            const Vector four = load<Vector>(values + i);
+            for (std::size_t lane = 0; lane < std::min<std::size_t>(4, kept - i); ++lane) {
+                sum += four[lane] * m_weights[i + lane];
             }
-            store(sum, pixels + y * bytesPerLine + 4 * i);
         }
-    }
+        uchar levels[4];
+        store(sum, levels);
+        std::memcpy(pixels, levels, 2);
+        std::memcpy(pixels + bytesPerLine, levels + 2, 2);
+    } else {
+        static constexpr KeptCoefficients kept = keptCoefficients(Size, IsLarge);
+        constexpr std::size_t vectors = Size / 4;
+        Vector rows[dctSize][vectors] = {};
+        Vector four{};
+        const auto addToRow = [&]<std::size_t I>(std::integral_constant<std::size_t, I>) {
+            if constexpr (I % 4 == 0) {
+                four = load<Vector>(values + I);
+            }
+            for (std::size_t i = 0; i < vectors; ++i) {
+                rows[kept.positions[I] / dctSize][i] += four[I % 4] * m_weights[I * vectors + i];
+            }
+        };
+        [&]<std::size_t... I>(std::index_sequence<I...>) {
+            (addToRow(std::integral_constant<std::size_t, I>()), ...);
+        }
+        (std::make_index_sequence<kept.kept>());
+        for (std::size_t y = 0; y < Size; ++y) {
+            for (std::size_t i = 0; i < vectors; ++i) {
+                Vector sum = Vector{} + zeroLevel;
+                for (std::size_t row = 0; row < dctSize; ++row) {
+                    sum += m_down[y][row] * rows[row][i];
+                }
+                store(sum, pixels + static_cast<std::ptrdiff_t>(y) * bytesPerLine + 4 * i);
+            }
+        }
     }
 }
 

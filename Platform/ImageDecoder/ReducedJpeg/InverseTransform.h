@@ -47,7 +47,8 @@ private:
     // What each coefficient kept contributes: to the only pixel, to all four, or to the pixels across of its row of
     // coefficients, four in a vector.
     std::vector<Vector> m_weights;
-    std::array<std::array<float, dctSize>, dctSize> m_down; // of pixels: what each row of coefficients contributes
+    std::array<std::array<float, dctSize>, dctSize>
+        m_down; // of pixels: what each row of coefficients contributes
 };
 
 } // namespace Platform

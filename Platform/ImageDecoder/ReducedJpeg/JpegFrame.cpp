@@ -13,7 +13,7 @@ int blocks(int pixels, int factor) {
 
 } // namespace
 
-bool JpegFrame::isLarge() const {
+bool isLargePhoto(QSize size) {
     constexpr qint64 pixels = 4'000'000;
     return static_cast<qint64>(size.width()) * size.height() > pixels;
 }

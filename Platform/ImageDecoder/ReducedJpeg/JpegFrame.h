@@ -11,7 +11,7 @@
 
 namespace Platform {
 
-inline constexpr int dctSize = 8;          ///< rows and columns of a block
+inline constexpr int dctSize = 8; ///< rows and columns of a block
 inline constexpr int blockCoefficients = 64;
 
 /// A Huffman code, as a DHT segment gives it (T.81, B.2.4.2).
@@ -22,9 +22,12 @@ struct HuffmanSpecification {
     friend bool operator==(const HuffmanSpecification&, const HuffmanSpecification&) = default;
 };
 
+/// Whether a photo has so many pixels that decoding it takes noticeable time.
+bool isLargePhoto(QSize size);
+
 struct JpegComponent {
-    int horizontalFactor = 1; ///< blocks across in an MCU
-    int verticalFactor = 1;   ///< blocks down in an MCU
+    int horizontalFactor = 1;                            ///< blocks across in an MCU
+    int verticalFactor = 1;                              ///< blocks down in an MCU
     std::array<quint16, blockCoefficients> quantisers{}; ///< row by row
     HuffmanSpecification dc;
     HuffmanSpecification ac;
@@ -45,8 +48,7 @@ struct JpegFrame {
     int scaledBlockSize = 1; ///< of the component with the most blocks: eighths of the size that come out
     QSize scaledSize;
 
-    /// Whether it has so many pixels that decoding it takes noticeable time.
-    bool isLarge() const;
+    bool isLarge() const { return isLargePhoto(size); }
 
     int maximumHorizontalFactor() const;
     int maximumVerticalFactor() const;

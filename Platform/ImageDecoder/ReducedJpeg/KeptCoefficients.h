@@ -24,7 +24,7 @@ struct KeptCoefficients {
     /// For each in zigzag order its place; what is not kept and what is beyond has that of the last value. Beyond is where
     /// a decoder comes to that goes on after the end of a block: with each of its codes by that many at most.
     static constexpr std::size_t longestMove = blockCoefficients + 1;
-    std::array<quint8, blockCoefficients * (longestMove + 1)> places{};
+    std::array<quint8, blockCoefficients*(longestMove + 1)> places{};
 };
 
 /// The position in a block, row by row, of each coefficient in zigzag order (T.81, figure A.6).

@@ -13,14 +13,14 @@ namespace {
 // and down by turns, as libjpeg's does.
 
 VANTREL_VECTOR_CLONES
-void interpolateAcross(const uchar* samples, int count, uchar* pixels) {
+void interpolateAcross(const uchar* samples, std::ptrdiff_t count, uchar* pixels) {
     pixels[0] = samples[0];
     pixels[1] = static_cast<uchar>((samples[0] * 3 + samples[1] + 2) >> 2);
-    for (int i = 1; i < count - 1; ++i) {
+    for (std::ptrdiff_t i = 1; i < count - 1; ++i) {
         pixels[2 * i] = static_cast<uchar>((samples[i] * 3 + samples[i - 1] + 1) >> 2);
         pixels[2 * i + 1] = static_cast<uchar>((samples[i] * 3 + samples[i + 1] + 2) >> 2);
     }
-    const int last = count - 1;
+    const std::ptrdiff_t last = count - 1;
     pixels[2 * last] = static_cast<uchar>((samples[last] * 3 + samples[last - 1] + 1) >> 2);
     pixels[2 * last + 1] = samples[last];
 }
@@ -33,8 +33,8 @@ void interpolateDown(const uchar* samples, const uchar* neighbours, int bias, in
 }
 
 VANTREL_VECTOR_CLONES
-void repeatTwice(const uchar* __restrict samples, int count, uchar* __restrict pixels) {
-    for (int i = 0; i < count; ++i) {
+void repeatTwice(const uchar* __restrict samples, std::ptrdiff_t count, uchar* __restrict pixels) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
         pixels[2 * i] = samples[i];
         pixels[2 * i + 1] = samples[i];
     }
@@ -56,8 +56,8 @@ quint32 pixel(quint32 red, quint32 green, quint32 blue) {
 
 /// ITU-T T.871, clause 7.
 VANTREL_VECTOR_CLONES
-void convertYCbCr(const uchar* __restrict luma, const uchar* __restrict blue, const uchar* __restrict red, int width,
-    quint32* __restrict pixels) {
+void convertYCbCr(const uchar* __restrict luma, const uchar* __restrict blue, const uchar* __restrict red,
+    int width, quint32* __restrict pixels) {
     for (int x = 0; x < width; ++x) {
         const int y = luma[x];
         const int cb = blue[x] - 128;
@@ -68,8 +68,8 @@ void convertYCbCr(const uchar* __restrict luma, const uchar* __restrict blue, co
 }
 
 VANTREL_VECTOR_CLONES
-void interleave(const uchar* __restrict red, const uchar* __restrict green, const uchar* __restrict blue, int width,
-    quint32* __restrict pixels) {
+void interleave(const uchar* __restrict red, const uchar* __restrict green, const uchar* __restrict blue,
+    int width, quint32* __restrict pixels) {
     for (int x = 0; x < width; ++x) {
         pixels[x] = pixel(red[x], green[x], blue[x]);
     }

@@ -34,7 +34,8 @@ private:
         QSize size;
     };
 
-    const uchar* upsampled(std::size_t index, int row, const ComponentRow& componentRow, std::vector<uchar>& buffer) const;
+    const uchar* upsampled(
+        std::size_t index, int row, const ComponentRow& componentRow, std::vector<uchar>& buffer) const;
 
     const JpegFrame::Colors m_colors;
     const int m_width;

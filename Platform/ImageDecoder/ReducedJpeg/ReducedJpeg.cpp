@@ -86,7 +86,8 @@ void ReducedJpeg::makeRoom(Plane& plane, int rows) {
         plane.pixels.begin());
     plane.firstRow += plane.rows - kept;
     plane.rows = kept + rows;
-    plane.pixels.resize(std::max(plane.pixels.size(), static_cast<std::size_t>(plane.rows * plane.bytesPerLine)));
+    plane.pixels.resize(
+        std::max(plane.pixels.size(), static_cast<std::size_t>(plane.rows * plane.bytesPerLine)));
 }
 
 void ReducedJpeg::transformMcuRow(const EntropyDecoder::Band& band, int row) {
@@ -95,9 +96,9 @@ void ReducedJpeg::transformMcuRow(const EntropyDecoder::Band& band, int row) {
     std::size_t block = 0;
     for (std::size_t index = 0; index < m_planes.size(); ++index) {
         const JpegComponent& component = m_frame.components[index];
-        const int size = component.scaledBlockSize;
+        const std::ptrdiff_t size = component.scaledBlockSize;
         Plane& plane = m_planes[index];
-        const std::ptrdiff_t firstRow = plane.rows - (band.mcuRows - row) * plane.rowsPerMcu;
+        const std::ptrdiff_t firstRow = plane.rows - std::ptrdiff_t{band.mcuRows - row} * plane.rowsPerMcu;
         for (int y = 0; y < component.verticalFactor; ++y) {
             for (int x = 0; x < component.horizontalFactor; ++x, ++block) {
                 m_transforms[index].apply({

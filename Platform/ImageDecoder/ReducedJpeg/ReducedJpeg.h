@@ -20,8 +20,8 @@ namespace Platform {
 class ReducedJpeg final : public RowSource {
 public:
     /// The read function and the team outlive this object.
-    ReducedJpeg(const JpegFrame& frame, const McuCodes& codes, ScanData::Read read, ThreadTeam& team, const Task& task,
-        const EntropyDecoder::Cut& cut = EntropyDecoder::Cut());
+    ReducedJpeg(const JpegFrame& frame, const McuCodes& codes, ScanData::Read read, ThreadTeam& team,
+        const Task& task, const EntropyDecoder::Cut& cut = EntropyDecoder::Cut());
 
     int readRows(uchar* rows, qsizetype bytesPerLine, int count) override;
 
@@ -49,7 +49,7 @@ private:
     const PixelRows m_pixelRows;
     std::vector<InverseTransform> m_transforms; // one for each component
     std::vector<Plane> m_planes;                // likewise
-    int m_mcuRows = 0; // decoded
+    int m_mcuRows = 0;                          // decoded
     int m_rowsRead = 0;
 };
 

@@ -26,7 +26,7 @@ void ScanData::stage(std::size_t size) {
     m_staged.resize(std::max(m_staged.size(), room + m_stagedSize + size + 1 + padding));
     const std::size_t count = m_read(m_raw);
     unstuff(std::span(m_raw).first(count));
-    m_hasBroken = m_hasBroken || (!m_hasEnded && count < size);
+    m_hasBroken = m_hasBroken || (!m_hasEnded && count == 0);
 }
 
 void ScanData::unstuff(std::span<const uchar> bytes) {

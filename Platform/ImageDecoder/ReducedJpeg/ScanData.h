@@ -13,7 +13,7 @@ namespace Platform {
 /// after each byte 0xff, and without the restart markers, whose places are noted. A window of it is in memory at a time.
 class ScanData {
 public:
-    /// Fills the buffer from the file; gives the number of bytes, less than asked for only at the end.
+    /// Reads on into the buffer; gives the number of bytes, 0 at the end of the file only.
     using Read = std::function<std::size_t(std::span<uchar> buffer)>;
 
     /// How far beyond the end of the window a decoder may read; it finds zeros there.

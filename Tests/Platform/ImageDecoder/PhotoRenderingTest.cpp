@@ -33,7 +33,8 @@ constexpr QSize size(EndingRows::width, 100);
 Result<QImage> render(EndingRows& rows, QSize reduced, int orientation) {
     const ColorTransform colors(ColorTransform::Pixels::Rgb, {});
     ThreadTeam team(2);
-    return Platform::render({rows, size, QSizeF(size), orientation}, reduced, colors, "photo.jpg", Task(), team);
+    return Platform::render(
+        {rows, size, QSizeF(size), orientation}, reduced, colors, "photo.jpg", Task(), team);
 }
 
 } // namespace

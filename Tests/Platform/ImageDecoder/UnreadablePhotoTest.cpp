@@ -1,5 +1,6 @@
 #include "Platform/ImageDecoder/ImageDecoder.h"
 #include "Tests/Support/JpegWriter.h"
+#include "Tests/Support/PictureComparison.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -53,6 +54,9 @@ private:
 
 namespace {
 
+// What is damaged is decoded by the library, which rounds a little otherwise.
+constexpr double aLevel = 1.5;
+
 /// The file with its last scan repeated.
 QByteArray withRepeatedScan(const QByteArray& progressive, int times) {
     const qsizetype scan = progressive.lastIndexOf(QByteArray("\xff\xda", 2));
@@ -77,7 +81,7 @@ void UnreadablePhotoTest::aTruncatedPhotoShowsThePartThatIsThere() {
     QVERIFY(part);
     QCOMPARE(part->pixels().size(), whole->pixels().size());
     const QRect upperThird(0, 0, part->pixels().width(), part->pixels().height() / 3);
-    QCOMPARE(part->pixels().copy(upperThird), whole->pixels().copy(upperThird));
+    QVERIFY(differenceBetween(part->pixels().copy(upperThird), whole->pixels().copy(upperThird)).largest < aLevel);
 }
 
 void UnreadablePhotoTest::aPhotoThatEndsInItsHeaderIsAnError() {
@@ -94,7 +98,8 @@ void UnreadablePhotoTest::damageInTheMiddleStillShowsTheRest() {
     const auto damaged = decodeImage(write(file), 200);
     QVERIFY(damaged);
     const QRect upperThird(0, 0, 200, 50);
-    QCOMPARE(damaged->pixels().copy(upperThird), whole->pixels().copy(upperThird));
+    QVERIFY(
+        differenceBetween(damaged->pixels().copy(upperThird), whole->pixels().copy(upperThird)).largest < aLevel);
 }
 
 void UnreadablePhotoTest::bytesAfterTheEndAreIgnored() {

@@ -44,7 +44,8 @@ namespace {
 /// Compares the MCUs of a frame one after the other.
 class McuComparison {
 public:
-    McuComparison(LibraryCoefficients& library, const JpegFrame& frame, const CoefficientDecoder& coefficients)
+    McuComparison(
+        LibraryCoefficients& library, const JpegFrame& frame, const CoefficientDecoder& coefficients)
         : m_library(library), m_frame(frame), m_coefficients(coefficients) {
         for (const JpegComponent& component : frame.components) {
             m_kept.push_back(keptCoefficients(component.scaledBlockSize, frame.isLarge()));
@@ -55,7 +56,7 @@ public:
         const qint16* values = band.values.data();
         for (int row = 0; row < band.mcuRows; ++row, ++m_row) {
             for (int mcu = 0; mcu < m_frame.mcusPerRow(); ++mcu, values += m_coefficients.valuesPerMcu()) {
-                const QString difference = compareMcu(values, mcu);
+                QString difference = compareMcu(values, mcu);
                 if (!difference.isEmpty()) {
                     return difference;
                 }
@@ -71,7 +72,7 @@ private:
             const JpegComponent& component = m_frame.components[index];
             for (int y = 0; y < component.verticalFactor; ++y) {
                 for (int x = 0; x < component.horizontalFactor; ++x, ++block) {
-                    const QString difference = compareBlock(values + m_coefficients.blockOffsets()[block], index,
+                    QString difference = compareBlock(values + m_coefficients.blockOffsets()[block], index,
                         m_row * component.verticalFactor + y, mcu * component.horizontalFactor + x);
                     if (!difference.isEmpty()) {
                         return difference;

@@ -6,10 +6,10 @@
 #include <QByteArray>
 #include <QString>
 
+#include <jpeglib.h>
+
 #include <csetjmp>
 #include <cstdio>
-
-#include <jpeglib.h>
 
 /// The coefficients of a JPEG file, as libjpeg reads them.
 class LibraryCoefficients {
@@ -46,7 +46,8 @@ struct DecodingWay {
 struct Comparison {
     bool isTaken = false;    ///< whether it is of the kind that is decoded
     bool isFinished = false; ///< whether all coefficients came
-    QString difference;      ///< the first that is not the library's, in words; empty where all that are kept agree
+    QString
+        difference; ///< the first that is not the library's, in words; empty where all that are kept agree
 };
 
 Comparison decodeBeside(LibraryCoefficients& library, const Platform::FileURL& file, const DecodingWay& way);
