@@ -181,10 +181,12 @@ int RowResampler::readFor(int count) {
     const auto rowBytes = static_cast<std::ptrdiff_t>(m_width) * bytesPerPixel;
     const auto firstOf = [this](int row) { return m_down.first[static_cast<std::size_t>(row)]; };
     const int keptFrom = std::min(firstOf(m_rowsWritten), m_rowsRead);
-    m_rows.erase(m_rows.begin(), m_rows.begin() + (keptFrom - m_firstRow) * rowBytes);
+    const auto kept = m_rows.begin() + (keptFrom - m_firstRow) * rowBytes;
+    std::copy(kept, kept + (m_rowsRead - keptFrom) * rowBytes, m_rows.begin());
     m_firstRow = keptFrom;
     const int end = firstOf(m_rowsWritten + count - 1) + m_down.taps;
-    m_rows.resize(static_cast<std::size_t>((std::max(end, m_rowsRead) - m_firstRow) * rowBytes));
+    const auto size = static_cast<std::size_t>((std::max(end, m_rowsRead) - m_firstRow) * rowBytes);
+    m_rows.resize(std::max(m_rows.size(), size));
     if (m_rowsRead < end && !m_hasEnded) {
         const int wanted = end - m_rowsRead;
         const int read =

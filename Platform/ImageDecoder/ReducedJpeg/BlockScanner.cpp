@@ -4,6 +4,7 @@
 #include "Platform/ImageDecoder/ReducedJpeg/ScanData.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 namespace Platform {
@@ -12,20 +13,26 @@ namespace {
 
 constexpr int windowBits = HuffmanCode::windowBits;
 
-// The coefficients that a block still has are 64 at its beginning and then 63 to 1. Taking the coefficients away that codes
-// stand for leaves 0 where they are the last. The code that ends a block early is taken for one of them, and adds this bit.
+// The lowest eight bits of Walk::state count the coefficients of the block, 0 to 63; the code that ends a block early sets the
+// highest of these bits.
 constexpr int endOfBlock = 0x80;
+constexpr quint64 countMask = 0xff;
+constexpr quint64 hasEndedShift = 7;
 
-// This bit is there where the codes went beyond the end of the block: some were of the next.
-constexpr quint64 tooFar = 0x40;
+// This bit comes about where the codes reach the last coefficient or go on beyond it: some may be of the next block.
+constexpr quint64 lookAtEachCode = 0x40;
 
-// Where the table cannot tell, it goes too far.
-constexpr int unknown = blockCoefficients + 1;
+// What a table says where it cannot tell.
+constexpr int unknown = blockCoefficients;
 
 // A code and its value bits.
 constexpr quint64 mostBitsPerStep = HuffmanCode::longestCode + 15;
 
 constexpr int zeroRun = 15; // with no value: sixteen zeros
+
+quint32 positionOf(quint64 state) {
+    return static_cast<quint32>(state >> 8);
+}
 
 bool endsBlock(quint8 symbol) {
     return (symbol & 0xf) == 0 && symbol >> 4 != zeroRun;
@@ -43,19 +50,19 @@ BlockScanner::Table BlockScanner::table(const HuffmanCode* dc, const HuffmanCode
             const bool isDc = dc && coefficients == 0;
             const quint32 rest = window << length & (entries.size() - 1);
             const HuffmanCode::Code code = (isDc ? *dc : ac).lookUpShort(rest);
-            hasEnded = !isDc && endsBlock(code.symbol);
-            const int count = isDc || hasEnded ? 1 : (code.symbol >> 4) + 1;
+            const int count = isDc ? 1 : (code.symbol >> 4) + 1;
+            const bool isEnd = !isDc && endsBlock(code.symbol);
             if (code.length == 0 || length + code.length > windowBits ||
-                (!hasEnded && coefficients + count >= blockCoefficients)) {
-                hasEnded = false;
+                (!isEnd && coefficients + count >= blockCoefficients)) {
                 break;
             }
             // The value bits of the last code may lie beyond the window.
-            length += code.length + (hasEnded ? 0 : code.symbol & 0xf);
-            coefficients += count;
+            length += code.length + (isEnd ? 0 : code.symbol & 0xf);
+            coefficients += isEnd ? 0 : count;
+            hasEnded = isEnd;
         }
-        const int taken = coefficients == 0 ? unknown : coefficients - (hasEnded ? endOfBlock : 0);
-        entries[window] = static_cast<qint16>(length * 256 - taken);
+        const int counted = length == 0 ? unknown : coefficients + (hasEnded ? endOfBlock : 0);
+        entries[window] = static_cast<quint16>(length << 8 | counted);
     }
     return entries;
 }
@@ -82,49 +89,51 @@ BlockScanner::BlockScanner(const McuCodes& codes, int restartInterval) : m_resta
 }
 
 /// A walk at a place that may be the beginning of an MCU.
-BlockScanner::Walk BlockScanner::beginAt(quint64 position, quint32* starts, const Place* firstPlace) {
-    *starts = static_cast<quint32>(position);
-    return {position << 8 | blockCoefficients, firstPlace, starts + 1, starts, firstPlace};
+BlockScanner::Walk BlockScanner::beginAt(quint64 position, quint64* starts, const Place* firstPlace) {
+    *starts = position << 8;
+    return {position << 8, firstPlace, starts + 1, starts, firstPlace};
 }
 
 // The way of a block must not be a matter of branches: each would be foreseen wrongly once a block, which costs more than
 // the block itself. Only what is rare is branched to.
 [[gnu::always_inline]] inline void BlockScanner::step(Walk& walk, const uchar* data) {
-    const quint64 next =
-        walk.state +
-        static_cast<quint64>(qint64{walk.place->table[bitsAt(data, walk.position()) >> (64 - windowBits)]});
-    if (next & tooFar) [[unlikely]] {
-        walk = passOneCode(walk, data);
+    const quint64 next = walk.state + walk.place->table[bitsAt(data, walk.position()) >> (64 - windowBits)];
+    if (next & lookAtEachCode) [[unlikely]] {
+        walk = passCodes(walk, data);
         return;
     }
-    const quint64 left = next & 0xff;
-    const quint64 hasEnded = (left | (left - 1)) >> 7 & 1;
+    const quint64 hasEnded = next >> hasEndedShift & 1;
     const quint64 whereEnded = 0 - hasEnded; // all bits or none: compilers make a branch of a condition
-    *walk.starts = static_cast<quint32>(next >> 8);
+    *walk.starts = next;
     walk.starts += hasEnded;
     walk.place = walk.place->next[hasEnded];
-    walk.state = next ^ ((left ^ blockCoefficients) & whereEnded);
+    walk.state = next - (next & countMask & whereEnded);
 }
 
-/// Where there is no such code, the walk begins anew one bit further on, and what it found before does not count.
-[[gnu::noinline]] BlockScanner::Walk BlockScanner::passOneCode(Walk walk, const uchar* data) {
-    const bool isDc = walk.left() == blockCoefficients;
-    const HuffmanCode::Code code =
-        walk.place->code->lookUp(static_cast<quint32>(bitsAt(data, walk.position()) >> 48));
-    const bool isEnd = !isDc && endsBlock(code.symbol);
-    const quint32 coefficients = isDc ? 1 : (code.symbol >> 4) + 1U;
-    if (code.length == 0 || (!isEnd && coefficients > walk.left())) {
-        return beginAt(walk.position() + 1, walk.starts, walk.firstPlace);
+/// Passes over one code, and where that is not the end of the block but near it, over those up to there. Where there is no such
+/// code, the walk begins anew one bit further on, and what it found before does not count.
+[[gnu::noinline]] BlockScanner::Walk BlockScanner::passCodes(Walk walk, const uchar* data) {
+    while (true) {
+        const quint64 bits = bitsAt(data, walk.position());
+        const bool isLong = (walk.place->table[bits >> (64 - windowBits)] & countMask) == unknown;
+        const bool isDc = walk.count() == 0;
+        const HuffmanCode::Code code = walk.place->code->lookUp(static_cast<quint32>(bits >> 48));
+        const bool isEnd = !isDc && endsBlock(code.symbol);
+        const quint32 count = isEnd ? blockCoefficients : walk.count() + (isDc ? 1 : (code.symbol >> 4) + 1U);
+        if (code.length == 0 || count > blockCoefficients) {
+            return beginAt(walk.position() + 1, walk.starts, walk.firstPlace);
+        }
+        const bool hasEnded = count == blockCoefficients;
+        const quint64 position = walk.position() + code.length + (isEnd ? 0 : code.symbol & 0xfU);
+        walk.state = position << 8 | (hasEnded ? 0 : count);
+        walk.place = walk.place->next[hasEnded ? 1 : 0];
+        if (hasEnded) {
+            *walk.starts++ = walk.state;
+        }
+        if (hasEnded || isLong) {
+            return walk;
+        }
     }
-    const quint64 position = walk.position() + code.length + (isEnd ? 0 : code.symbol & 0xfU);
-    const quint32 left = isEnd ? 0 : walk.left() - coefficients;
-    const int hasEnded = left == 0 ? 1 : 0;
-    if (hasEnded) {
-        *walk.starts++ = static_cast<quint32>(position);
-    }
-    walk.state = position << 8 | (hasEnded ? blockCoefficients : left);
-    walk.place = walk.place->next[hasEnded];
-    return walk;
 }
 
 /// The searches that one thread makes side by side.
@@ -167,7 +176,7 @@ private:
         quint64 limit = std::numeric_limits<quint64>::max(); // where the walk is to be looked at more closely
         std::size_t restart = 0;                             // the next of the segment's
         std::ptrdiff_t blocksToRestart = 0;                  // from the first
-        std::unique_ptr<quint32[]> starts = std::make_unique<quint32[]>(1);
+        std::unique_ptr<quint64[]> starts = std::make_unique<quint64[]>(1);
         std::size_t capacity = 1;
     };
 
@@ -198,7 +207,7 @@ BlockScanner::Walk BlockScanner::Lanes::begin(std::size_t lane) {
     const auto index = static_cast<std::size_t>(m_next++);
     if (index >= m_segments.size() || m_task.isCancelled()) {
         search.limit = std::numeric_limits<quint64>::max();
-        return {1, &m_idlePlace, search.starts.get(), search.starts.get(), &m_idlePlace};
+        return {0, &m_idlePlace, search.starts.get(), search.starts.get(), &m_idlePlace};
     }
     ++m_active;
     ScanSegment& segment = m_segments[index];
@@ -209,7 +218,7 @@ BlockScanner::Walk BlockScanner::Lanes::begin(std::size_t lane) {
     // Each start is a bit further on at least.
     const std::size_t capacity = segment.end - segment.begin + stepsBetweenLooks * mostBitsPerStep + 2;
     if (search.capacity < capacity) {
-        search.starts = std::make_unique_for_overwrite<quint32[]>(capacity);
+        search.starts = std::make_unique_for_overwrite<quint64[]>(capacity);
         search.capacity = capacity;
     }
     return beginAt(segment.begin, search.starts.get(), m_scanner.m_places.data());
@@ -235,7 +244,7 @@ BlockScanner::Walk BlockScanner::Lanes::lookForRestart(const Walk& walk, std::si
     if (!isBroken && blocks < search.blocksToRestart && walk.position() <= restart) {
         return walk;
     }
-    const quint64 end = blocks < search.blocksToRestart ? 0 : walk.firstStart[search.blocksToRestart];
+    const quint64 end = blocks < search.blocksToRestart ? 0 : walk.firstStart[search.blocksToRestart] >> 8;
     if (isBroken || end > restart || end + 8 <= restart) {
         return finish(walk, lane);
     }
@@ -248,7 +257,9 @@ BlockScanner::Walk BlockScanner::Lanes::lookForRestart(const Walk& walk, std::si
 }
 
 BlockScanner::Walk BlockScanner::Lanes::finish(const Walk& walk, std::size_t lane) {
-    m_searches[lane].segment->starts.assign(walk.firstStart, walk.starts);
+    std::vector<quint32>& starts = m_searches[lane].segment->starts;
+    starts.resize(static_cast<std::size_t>(walk.starts - walk.firstStart));
+    std::transform(walk.firstStart, walk.starts, starts.begin(), &positionOf);
     --m_active;
     return begin(lane);
 }
@@ -260,16 +271,16 @@ void BlockScanner::scan(std::span<const uchar> window, std::span<ScanSegment> se
 
 quint64 BlockScanner::passMcu(
     std::span<const uchar> window, quint64 position, std::vector<quint32>& starts) const {
-    std::array<quint32, mostBlocksPerMcu + 2> found;
+    std::array<quint64, mostBlocksPerMcu + 2> found;
     Walk walk = beginAt(position, found.data(), m_places.data());
-    const quint32* const end = found.data() + blocksPerMcu() + 1;
+    const quint64* const end = found.data() + blocksPerMcu() + 1;
     while (walk.starts != end) {
         step(walk, window.data());
         if (walk.position() > window.size() * 8 || walk.firstStart != found.data()) {
             return 0;
         }
     }
-    starts.insert(starts.end(), found.data(), found.data() + blocksPerMcu());
+    std::transform(found.data(), found.data() + blocksPerMcu(), std::back_inserter(starts), &positionOf);
     return walk.position();
 }
 

@@ -59,11 +59,11 @@ public:
 private:
     // For each window of bits, what the codes amount to that are in it from its first bit on: by how much they change
     // Walk::state.
-    using Table = std::array<qint16, std::size_t{1} << HuffmanCode::windowBits>;
+    using Table = std::array<quint16, std::size_t{1} << HuffmanCode::windowBits>;
 
     // A place in the cycle of an MCU: the beginning of a block, or within it.
     struct Place {
-        const qint16* table = nullptr;
+        const quint16* table = nullptr;
         const Place* next[2] = {nullptr, nullptr}; // as long as the block goes on, and when it has ended
         const HuffmanCode* code = nullptr;
     };
@@ -73,20 +73,20 @@ private:
         quint64
             state; // the position, and in the lowest eight bits how many coefficients of the block are to come
         const Place* place;
-        quint32* starts;     // where the next is to be written
-        quint32* firstStart; // the first that counts
+        quint64* starts;     // where the state at the beginning of the next block is to be written
+        quint64* firstStart; // the first that counts
         const Place* firstPlace;
 
         quint64 position() const { return state >> 8; }
-        quint32 left() const { return state & 0xff; }
+        quint32 count() const { return state & 0xff; }
     };
     class Lanes;
 
     static Table table(const HuffmanCode* dc, const HuffmanCode& ac);
 
     static void step(Walk& walk, const uchar* data);
-    static Walk passOneCode(Walk walk, const uchar* data);
-    static Walk beginAt(quint64 position, quint32* starts, const Place* firstPlace);
+    static Walk passCodes(Walk walk, const uchar* data);
+    static Walk beginAt(quint64 position, quint64* starts, const Place* firstPlace);
 
     const int m_restartInterval; // in MCUs
     std::vector<Table> m_tables;

@@ -102,6 +102,21 @@ private:
 
 } // namespace
 
+void CoefficientDecoder::decodeDc(const uchar* data, const Run& run, std::size_t block) const {
+    const auto component = static_cast<std::size_t>(m_codes.blocks()[block]);
+    const Tables& tables = m_tables[component];
+    const CodeReader dc(
+        data, tables.dc.data(), m_codes.components()[component].dc, true, tables.kept.places.data());
+    const quint32* start = run.starts + block;
+    qint16* values = run.values + m_blockOffsets[block];
+    for (int mcu = 0; mcu < run.mcus; ++mcu) {
+        Block only{*start, 0, values};
+        dc.step(only);
+        start += m_blockOffsets.size();
+        values += m_valuesPerMcu;
+    }
+}
+
 // Each look-up waits for the one before: so four blocks are decoded side by side. How many codes a block has cannot be
 // foreseen; a group goes on until the longest of the four has ended.
 void CoefficientDecoder::decodeBlocks(const uchar* data, const Run& run, std::size_t block) const {
@@ -140,7 +155,12 @@ void CoefficientDecoder::decodeBlocks(const uchar* data, const Run& run, std::si
 void CoefficientDecoder::decode(std::span<const uchar> window, const Run& run) const {
     std::fill_n(run.values, std::ptrdiff_t{run.mcus} * m_valuesPerMcu, qint16{0});
     for (std::size_t block = 0; block < m_blockOffsets.size(); ++block) {
-        decodeBlocks(window.data(), run, block);
+        const auto component = static_cast<std::size_t>(m_codes.blocks()[block]);
+        if (m_tables[component].kept.last == 0) {
+            decodeDc(window.data(), run, block);
+        } else {
+            decodeBlocks(window.data(), run, block);
+        }
     }
 }
 

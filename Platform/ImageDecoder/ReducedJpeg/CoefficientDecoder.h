@@ -52,6 +52,7 @@ private:
 
     static Table table(const HuffmanCode& code, bool isDc);
 
+    void decodeDc(const uchar* data, const Run& run, std::size_t block) const;
     void decodeBlocks(const uchar* data, const Run& run, std::size_t block) const;
 
     const McuCodes m_codes;

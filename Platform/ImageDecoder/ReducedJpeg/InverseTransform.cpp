@@ -122,13 +122,18 @@ template <int Size, bool IsLarge>
             (addToRow(std::integral_constant<std::size_t, I>()), ...);
         }
         (std::make_index_sequence<kept.kept>());
-        for (std::size_t y = 0; y < Size; ++y) {
+        // The waves of even frequency are the same in the lower half turned upside down, the others negative.
+        for (std::size_t y = 0; y < Size / 2; ++y) {
             for (std::size_t i = 0; i < vectors; ++i) {
-                Vector sum = Vector{} + zeroLevel;
-                for (std::size_t row = 0; row < dctSize; ++row) {
-                    sum += m_down[y][row] * rows[row][i];
+                Vector even = Vector{} + zeroLevel;
+                Vector odd{};
+                for (std::size_t row = 0; row < dctSize; row += 2) {
+                    even += m_down[y][row] * rows[row][i];
+                    odd += m_down[y][row + 1] * rows[row + 1][i];
                 }
-                store(sum, pixels + static_cast<std::ptrdiff_t>(y) * bytesPerLine + 4 * i);
+                const auto upper = static_cast<std::ptrdiff_t>(y);
+                store(even + odd, pixels + upper * bytesPerLine + 4 * i);
+                store(even - odd, pixels + (Size - 1 - upper) * bytesPerLine + 4 * i);
             }
         }
     }

@@ -81,7 +81,8 @@ void UnreadablePhotoTest::aTruncatedPhotoShowsThePartThatIsThere() {
     QVERIFY(part);
     QCOMPARE(part->pixels().size(), whole->pixels().size());
     const QRect upperThird(0, 0, part->pixels().width(), part->pixels().height() / 3);
-    QVERIFY(differenceBetween(part->pixels().copy(upperThird), whole->pixels().copy(upperThird)).largest < aLevel);
+    QVERIFY(differenceBetween(part->pixels().copy(upperThird), whole->pixels().copy(upperThird)).largest <
+            aLevel);
 }
 
 void UnreadablePhotoTest::aPhotoThatEndsInItsHeaderIsAnError() {
@@ -98,8 +99,8 @@ void UnreadablePhotoTest::damageInTheMiddleStillShowsTheRest() {
     const auto damaged = decodeImage(write(file), 200);
     QVERIFY(damaged);
     const QRect upperThird(0, 0, 200, 50);
-    QVERIFY(
-        differenceBetween(damaged->pixels().copy(upperThird), whole->pixels().copy(upperThird)).largest < aLevel);
+    QVERIFY(differenceBetween(damaged->pixels().copy(upperThird), whole->pixels().copy(upperThird)).largest <
+            aLevel);
 }
 
 void UnreadablePhotoTest::bytesAfterTheEndAreIgnored() {
