@@ -1,10 +1,10 @@
 #include "Platform/ImageDecoder/RowResampler.h"
 
+#include "Platform/ImageDecoder/Levels.h"
 #include "Platform/ImageDecoder/VectorClones.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numeric>
 
 namespace Platform {
@@ -23,27 +23,6 @@ double kernel(double distance) {
         return (1.5 * x - 2.5) * x * x + 1;
     }
     return x < kernelRadius ? ((-0.5 * x + 2.5) * x - 4) * x + 2 : 0;
-}
-
-// The four bytes of a pixel as floats in one register.
-using Pixel [[gnu::vector_size(4 * sizeof(float))]] = float;
-
-Pixel load(const float* values) {
-    Pixel pixel;
-    std::memcpy(&pixel, values, sizeof pixel);
-    return pixel;
-}
-
-/// To the whole numbers that bytes hold.
-void storeLevels(Pixel values, uchar* bytes) {
-    using Ints [[gnu::vector_size(4 * sizeof(int))]] = int;
-    using Bytes [[gnu::vector_size(4)]] = uchar;
-    const Pixel none{};
-    const Pixel most = none + 255.0F;
-    values = values > none ? values : none;
-    values = values < most ? values : most;
-    const Bytes levels = __builtin_convertvector(__builtin_convertvector(values, Ints), Bytes);
-    std::memcpy(bytes, &levels, sizeof levels);
 }
 
 // The sums below are most of the work. With a number of taps that the compiler knows they stay in registers.
@@ -66,9 +45,9 @@ template <int Taps>
     const float* pixels, const std::vector<int>& firsts, const float* weight, int taps, uchar* reduced) {
     for (const int first : firsts) {
         const float* pixel = pixels + static_cast<std::ptrdiff_t>(first) * bytesPerPixel;
-        Pixel sum = Pixel{} + 0.5F;
+        FourFloats sum = FourFloats{} + 0.5F; // a pixel
         for (int tap = 0; tap < (Taps == 0 ? taps : Taps); ++tap, ++weight, pixel += bytesPerPixel) {
-            sum += *weight * load(pixel);
+            sum += *weight * loadFour(pixel);
         }
         storeLevels(sum, reduced);
         reduced += bytesPerPixel;

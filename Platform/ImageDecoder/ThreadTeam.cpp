@@ -22,7 +22,7 @@ void pause() {
 /// Waits until the value is another. To be woken takes longer than most waits of a team at work, so it is looked at for a
 /// while first, without sleep.
 void waitForChange(const std::atomic<int>& value, int old) {
-    constexpr std::chrono::microseconds patience{50};
+    constexpr std::chrono::microseconds patience{300};
     const auto end = std::chrono::steady_clock::now() + patience;
     do {
         for (int i = 0; i < 64; ++i) {

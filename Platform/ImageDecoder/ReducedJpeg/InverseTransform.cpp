@@ -31,26 +31,35 @@ uchar level(float value) {
     return static_cast<uchar>(static_cast<int>(std::min(std::max(value, 0.0F), 255.0F)));
 }
 
-/// Four coefficients.
-template <typename Vector>
-Vector load(const qint16* values) {
-    using Shorts [[gnu::vector_size(4 * sizeof(qint16))]] = qint16;
-    Shorts shorts;
-    std::memcpy(&shorts, values, sizeof shorts);
-    return __builtin_convertvector(shorts, Vector);
+/// The elements of a vector in another order.
+template <typename Order>
+[[gnu::always_inline]] inline FourFloats shuffled(FourFloats vector, Order order) {
+#if defined(__clang__)
+    return FourFloats{vector[order[0]], vector[order[1]], vector[order[2]], vector[order[3]]};
+#else
+    return __builtin_shuffle(vector, order);
+#endif
 }
 
-/// Writes four levels.
-template <typename Vector>
-void store(Vector values, uchar* pixels) {
-    using Ints [[gnu::vector_size(4 * sizeof(int))]] = int;
-    using Bytes [[gnu::vector_size(4)]] = uchar;
-    const Vector none{};
-    const Vector most = none + 255.0F;
-    values = values > none ? values : none;
-    values = values < most ? values : most;
-    const Bytes bytes = __builtin_convertvector(__builtin_convertvector(values, Ints), Bytes);
-    std::memcpy(pixels, &bytes, sizeof bytes);
+/// Adds a coefficient to its row, times its weights.
+template <int Size, bool IsLarge, std::size_t Place>
+[[gnu::always_inline]] inline void addAcross(
+    FourFloats four, const FourFloats* weights, FourFloats (&rows)[dctSize][Size / 4]) {
+    constexpr std::size_t vectors = Size / 4;
+    constexpr std::size_t row = keptCoefficients(Size, IsLarge).positions[Place] / dctSize;
+    for (std::size_t i = 0; i < vectors; ++i) {
+        rows[row][i] += four[Place % 4] * weights[Place * vectors + i];
+    }
+}
+
+/// Sums up the pixels across of each row of coefficients.
+template <int Size, bool IsLarge, std::size_t... Place>
+[[gnu::always_inline]] inline void sumUpAcross(const qint16* values, const FourFloats* weights,
+    FourFloats (&rows)[dctSize][Size / 4], std::index_sequence<Place...>) {
+    FourFloats four{};
+    ((four = Place % 4 == 0 ? loadFour(values + Place) : four,
+         addAcross<Size, IsLarge, Place>(four, weights, rows)),
+        ...);
 }
 
 } // namespace
@@ -60,21 +69,27 @@ InverseTransform::InverseTransform(const JpegComponent& component, bool isLarge)
     const int size = m_size;
     const KeptCoefficients kept = keptCoefficients(size, isLarge);
     const auto wave = [size](int pixel, int frequency) { return meanWave(size, pixel, frequency); };
-    for (int i = 0; i < kept.kept; ++i) {
-        const int position = kept.positions[static_cast<std::size_t>(i)];
-        const int across = position % dctSize;
-        const int down = position / dctSize;
-        const double quantiser = component.quantisers[static_cast<std::size_t>(position)];
-        for (int first = 0; first < std::max(size, 4); first += 4) {
-            Vector weights{};
-            for (int lane = 0; lane < 4; ++lane) {
-                const int pixel = first + lane;
-                const double value = size == 1   ? wave(0, 0) * wave(0, 0)
-                                     : size == 2 ? wave(pixel % 2, across) * wave(pixel / 2, down)
-                                                 : wave(pixel, across);
-                weights[lane] = static_cast<float>(quantiser * value);
+    // What a coefficient contributes to a pixel of the first row, or where that is all, of its row of coefficients.
+    const auto weight = [&](int place, int pixel) {
+        const int position = kept.positions[static_cast<std::size_t>(place)];
+        if (position == KeptCoefficients::none) {
+            return 0.0F;
+        }
+        const double across = wave(pixel, position % dctSize);
+        const double down = size > 2 ? 1 : wave(0, position / dctSize);
+        return static_cast<float>(component.quantisers[static_cast<std::size_t>(position)] * across * down);
+    };
+    if (size <= 2) {
+        for (int place = 0; place < kept.kept; place += 4) {
+            m_weights.push_back(FourFloats{
+                weight(place, 0), weight(place + 1, 0), weight(place + 2, 0), weight(place + 3, 0)});
+        }
+    } else {
+        for (int place = 0; place < kept.kept; ++place) {
+            for (int pixel = 0; pixel < size; pixel += 4) {
+                m_weights.push_back(FourFloats{weight(place, pixel), weight(place, pixel + 1),
+                    weight(place, pixel + 2), weight(place, pixel + 3)});
             }
-            m_weights.push_back(weights);
         }
     }
     for (int pixel = 0; pixel < size; ++pixel) {
@@ -93,47 +108,39 @@ template <int Size, bool IsLarge>
     if constexpr (Size == 1) {
         *pixels = level(static_cast<float>(*values) * m_weights[0][0] + zeroLevel);
     } else if constexpr (Size == 2) {
+        // The sums of the waves that are even or odd across and down; each pixel is all four, of one sign or the other.
         constexpr std::size_t kept = keptCoefficients(2, IsLarge).kept;
-        Vector sum = Vector{} + zeroLevel;
+        FourFloats kinds{zeroLevel, 0, 0, 0};
         for (std::size_t i = 0; i < kept; i += 4) {
-            const Vector four = load<Vector>(values + i);
-            for (std::size_t lane = 0; lane < std::min<std::size_t>(4, kept - i); ++lane) {
-                sum += four[lane] * m_weights[i + lane];
-            }
+            kinds += loadFour(values + i) * m_weights[i / 4];
         }
-        uchar levels[4];
-        store(sum, levels);
-        std::memcpy(pixels, levels, 2);
-        std::memcpy(pixels + bytesPerLine, levels + 2, 2);
+        using Order [[gnu::vector_size(4 * sizeof(int))]] = int;
+        const FourFloats across = shuffled(kinds, Order{0, 0, 2, 2}) +
+                                  shuffled(kinds, Order{1, 1, 3, 3}) * FourFloats{1, -1, 1, -1};
+        const FourFloats sum = shuffled(across, Order{0, 1, 0, 1}) +
+                               shuffled(across, Order{2, 3, 2, 3}) * FourFloats{1, 1, -1, -1};
+        const quint32 levels = levelsOf(sum);
+        const auto upper = static_cast<quint16>(levels);
+        const auto lower = static_cast<quint16>(levels >> 16);
+        std::memcpy(pixels, &upper, sizeof upper);
+        std::memcpy(pixels + bytesPerLine, &lower, sizeof lower);
     } else {
-        static constexpr KeptCoefficients kept = keptCoefficients(Size, IsLarge);
         constexpr std::size_t vectors = Size / 4;
-        Vector rows[dctSize][vectors] = {};
-        Vector four{};
-        const auto addToRow = [&]<std::size_t I>(std::integral_constant<std::size_t, I>) {
-            if constexpr (I % 4 == 0) {
-                four = load<Vector>(values + I);
-            }
-            for (std::size_t i = 0; i < vectors; ++i) {
-                rows[kept.positions[I] / dctSize][i] += four[I % 4] * m_weights[I * vectors + i];
-            }
-        };
-        [&]<std::size_t... I>(std::index_sequence<I...>) {
-            (addToRow(std::integral_constant<std::size_t, I>()), ...);
-        }
-        (std::make_index_sequence<kept.kept>());
+        FourFloats rows[dctSize][vectors] = {};
+        constexpr std::size_t kept = keptCoefficients(Size, IsLarge).kept;
+        sumUpAcross<Size, IsLarge>(values, m_weights.data(), rows, std::make_index_sequence<kept>());
         // The waves of even frequency are the same in the lower half turned upside down, the others negative.
         for (std::size_t y = 0; y < Size / 2; ++y) {
             for (std::size_t i = 0; i < vectors; ++i) {
-                Vector even = Vector{} + zeroLevel;
-                Vector odd{};
+                FourFloats even = FourFloats{} + zeroLevel;
+                FourFloats odd{};
                 for (std::size_t row = 0; row < dctSize; row += 2) {
                     even += m_down[y][row] * rows[row][i];
                     odd += m_down[y][row + 1] * rows[row + 1][i];
                 }
                 const auto upper = static_cast<std::ptrdiff_t>(y);
-                store(even + odd, pixels + upper * bytesPerLine + 4 * i);
-                store(even - odd, pixels + (Size - 1 - upper) * bytesPerLine + 4 * i);
+                storeLevels(even + odd, pixels + upper * bytesPerLine + 4 * i);
+                storeLevels(even - odd, pixels + (Size - 1 - upper) * bytesPerLine + 4 * i);
             }
         }
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/ImageDecoder/Levels.h"
 #include "Platform/ImageDecoder/ReducedJpeg/JpegFrame.h"
 
 #include <QtGlobal>
@@ -32,7 +33,6 @@ public:
     void apply(const Blocks& blocks) const;
 
 private:
-    using Vector [[gnu::vector_size(4 * sizeof(float))]] = float;
     template <bool IsLarge>
     void applyToAll(const Blocks& blocks) const;
     template <int Size, bool IsLarge>
@@ -44,9 +44,9 @@ private:
     const int m_size;
     const bool m_isLarge;
 
-    // What each coefficient kept contributes: to the only pixel, to all four, or to the pixels across of its row of
-    // coefficients, four in a vector.
-    std::vector<Vector> m_weights;
+    // What each coefficient kept contributes: to the first pixel, one for each value of a block; or where there are more than
+    // two pixels each way, to those across of its row of coefficients, four in a vector.
+    std::vector<FourFloats> m_weights;
     std::array<std::array<float, dctSize>, dctSize>
         m_down; // of pixels: what each row of coefficients contributes
 };

@@ -2,6 +2,7 @@
 
 #include "Platform/ImageDecoder/ReducedJpeg/JpegFrame.h"
 
+#include <algorithm>
 #include <array>
 
 namespace Platform {
@@ -12,13 +13,16 @@ struct KeptCoefficients {
     /// The last that is decoded, in zigzag order.
     int last = 0;
 
-    /// How many are kept; each has a place among the values of a block, row by row.
+    /// How many values of a block are coefficients kept. For two pixels each way, the first to the fourth of each four
+    /// have waves across and down that are even and even, odd and even, even and odd, odd and odd; where there is no
+    /// such coefficient left, the value is 0. Otherwise they come row by row.
     int kept = 0;
 
     /// How many values are stored for a block: those kept, and but for DC alone one more that takes what is not.
     int values = 0;
 
-    /// For each place the coefficient's position in the block, row by row from the top left.
+    /// For each place the coefficient's position in the block, row by row from the top left, or none.
+    static constexpr quint8 none = 0xff;
     std::array<quint8, blockCoefficients> positions{};
 
     /// For each in zigzag order its place; what is not kept and what is beyond has that of the last value. Beyond is where
@@ -69,11 +73,19 @@ constexpr KeptCoefficients keptCoefficients(int scaledBlockSize, bool isLarge) {
         isKept[static_cast<std::size_t>(position)] =
             contributes(position % dctSize) && contributes(position / dctSize);
     }
+    // The places: where they go by fours, each four has one of each kind.
+    const bool goByFours = scaledBlockSize == 2;
+    const auto kind = [](std::size_t position) { return position % 2 + position / dctSize % 2 * 2; };
     std::array<quint8, blockCoefficients> placeOf{};
+    std::array<std::size_t, 4> next{0, 1, 2, 3};
+    kept.positions.fill(KeptCoefficients::none);
     for (std::size_t position = 0; position < blockCoefficients; ++position) {
         if (isKept[position]) {
-            placeOf[position] = static_cast<quint8>(kept.kept);
-            kept.positions[static_cast<std::size_t>(kept.kept++)] = static_cast<quint8>(position);
+            std::size_t& place = goByFours ? next[kind(position)] : next[0];
+            placeOf[position] = static_cast<quint8>(place);
+            kept.positions[place] = static_cast<quint8>(position);
+            place += goByFours ? 4 : 1;
+            kept.kept = std::max(kept.kept, static_cast<int>(goByFours ? place / 4 * 4 : place));
         }
     }
     kept.values = kept.kept + (kept.last > 0 ? 1 : 0);

@@ -88,14 +88,15 @@ private:
         const KeptCoefficients& kept = m_kept[component];
         for (int i = 0; expected && i < kept.kept; ++i) {
             const int position = kept.positions[static_cast<std::size_t>(i)];
-            if (values[i] != expected[position]) {
+            const int value = position == KeptCoefficients::none ? 0 : expected[position];
+            if (values[i] != value) {
                 return QStringLiteral("component %1, block row %2, block %3, coefficient %4: %5 and not %6")
                     .arg(component)
                     .arg(row)
                     .arg(column)
                     .arg(position)
                     .arg(values[i])
-                    .arg(expected[position]);
+                    .arg(value);
             }
         }
         return {};
