@@ -28,8 +28,8 @@ using FourFloats [[gnu::vector_size(4 * sizeof(float))]] = float;
     const __m128i shorts = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(values));
     return _mm_cvtepi32_ps(_mm_srai_epi32(_mm_unpacklo_epi16(shorts, shorts), 16));
 #else
-    return FourFloats{static_cast<float>(values[0]), static_cast<float>(values[1]), static_cast<float>(values[2]),
-        static_cast<float>(values[3])};
+    return FourFloats{static_cast<float>(values[0]), static_cast<float>(values[1]),
+        static_cast<float>(values[2]), static_cast<float>(values[3])};
 #endif
 }
 

@@ -11,25 +11,29 @@ namespace {
 
 constexpr int windowBits = HuffmanCode::windowBits;
 
-// What a table says of a code, in the order in which it is needed, so that little has to be taken apart:
-//   bits 0 to 5     its length
-//   bits 8 to 15    how far the bits after it are to be shifted down, but for one, to have its value
-//   bits 16 to 23   its length with its value bits
-//   from bit 24 on  by how many coefficients it moves on, before that which it gives
+// What a table says of a code:
+//   bits 0 to 5      its length
+//   bits 6 to 11     how far the bits after it are to be shifted down, but for one, to have its value
+//   from bit 12 on   what it adds to Block::state
 // 0: it is longer than the window.
-constexpr int shiftShift = 8;
-constexpr int totalShift = 16;
-constexpr int runShift = 24;
-constexpr quint32 byteMask = 0xff;
-constexpr quint32 endOfBlock = blockCoefficients; // moves beyond all of them
+constexpr quint32 shiftMask = 0x3f;
+constexpr int shiftShift = 6;
+constexpr int stepShift = 12;
+
+// In Block::state, the coefficients that have come are counted below the position. A block that has ended goes on counting.
+constexpr int positionShift = 13;
+constexpr quint64 countMask = (1 << positionShift) - 1;
+
+constexpr quint32 endOfBlock = blockCoefficients; // zeros, so that all have come
 constexpr int zeroRun = 15;                       // with no value: sixteen zeros
 
 quint32 entry(HuffmanCode::Code code, bool isDc) {
     const quint32 size = code.symbol & 0xf;
     const quint32 zeros = code.symbol >> 4;
     const bool isEnd = !isDc && size == 0 && zeros != zeroRun;
-    const quint32 run = isDc ? 0 : isEnd ? endOfBlock : zeros;
-    return code.length | (63 - size) << shiftShift | (code.length + size) << totalShift | run << runShift;
+    const quint32 coefficients = (isDc ? 0 : isEnd ? endOfBlock : zeros) + 1;
+    const quint32 step = (code.length + size) << positionShift | coefficients;
+    return code.length | (63 - size) << shiftShift | step << stepShift;
 }
 
 } // namespace
@@ -65,11 +69,12 @@ namespace {
     return static_cast<qint16>((magnitude ^ isNegative) - isNegative);
 }
 
-/// A block under way.
+/// A block under way: in few variables, since four of them are to fit into the registers of a processor.
 struct Block {
-    quint64 position;
-    quint32 coefficient; // that comes next, in zigzag order
+    quint64 state; // the position, and in the lowest bits how many coefficients have come
     qint16* values;
+
+    quint64 count() const { return state & countMask; }
 };
 
 /// One after the other, the codes of blocks of one component.
@@ -81,15 +86,14 @@ public:
 
     /// Decodes the next code. A block that has ended stores what follows where it does no harm.
     [[gnu::always_inline]] void step(Block& block) const {
-        const quint64 bits = bitsAt(m_data, block.position);
+        const quint64 bits = bitsAt(m_data, block.state >> positionShift);
         quint32 code = m_table[bits >> (64 - windowBits)];
         if (code == 0) [[unlikely]] {
             code = entry(m_code.lookUp(static_cast<quint32>(bits >> 48)), m_isDc);
         }
-        const quint32 coefficient = block.coefficient + (code >> runShift);
-        block.values[m_places[coefficient]] = valueOf(bits << (code & 63), code >> shiftShift & byteMask);
-        block.position += code >> totalShift & byteMask;
-        block.coefficient = coefficient + 1;
+        block.state += code >> stepShift;
+        block.values[m_places[block.count()]] =
+            valueOf(bits << (code & shiftMask), code >> shiftShift & shiftMask);
     }
 
 private:
@@ -110,7 +114,7 @@ void CoefficientDecoder::decodeDc(const uchar* data, const Run& run, std::size_t
     const quint32* start = run.starts + block;
     qint16* values = run.values + m_blockOffsets[block];
     for (int mcu = 0; mcu < run.mcus; ++mcu) {
-        Block only{*start, 0, values};
+        Block only{quint64{*start} << positionShift, values};
         dc.step(only);
         start += m_blockOffsets.size();
         values += m_valuesPerMcu;
@@ -125,14 +129,15 @@ void CoefficientDecoder::decodeBlocks(const uchar* data, const Run& run, std::si
     const quint8* const places = tables.kept.places.data();
     const CodeReader dc(data, tables.dc.data(), m_codes.components()[component].dc, true, places);
     const CodeReader ac(data, tables.ac.data(), m_codes.components()[component].ac, false, places);
-    const auto last = static_cast<quint32>(tables.kept.last);
+    const auto last = static_cast<quint64>(tables.kept.last);
     std::array<qint16, blockCoefficients + 1> spare; // for blocks that fill up the last group
     const auto begin = [&](int mcu) {
         const bool isSpare = mcu >= run.mcus;
         const std::ptrdiff_t index = isSpare ? run.mcus - 1 : mcu;
         qint16* const values = run.values + index * m_valuesPerMcu + m_blockOffsets[block];
-        return Block{run.starts[index * std::ssize(m_blockOffsets) + static_cast<std::ptrdiff_t>(block)], 0,
-            isSpare ? spare.data() : values};
+        const quint64 start =
+            run.starts[index * std::ssize(m_blockOffsets) + static_cast<std::ptrdiff_t>(block)];
+        return Block{start << positionShift, isSpare ? spare.data() : values};
     };
     for (int mcu = 0; mcu < run.mcus; mcu += 4) {
         Block a = begin(mcu);
@@ -143,7 +148,7 @@ void CoefficientDecoder::decodeBlocks(const uchar* data, const Run& run, std::si
         dc.step(b);
         dc.step(c);
         dc.step(d);
-        while (std::min({a.coefficient, b.coefficient, c.coefficient, d.coefficient}) <= last) {
+        while (std::min({a.count(), b.count(), c.count(), d.count()}) <= last) {
             ac.step(a);
             ac.step(b);
             ac.step(c);

@@ -25,8 +25,9 @@ struct KeptCoefficients {
     static constexpr quint8 none = 0xff;
     std::array<quint8, blockCoefficients> positions{};
 
-    /// For each in zigzag order its place; what is not kept and what is beyond has that of the last value. Beyond is where
-    /// a decoder comes to that goes on after the end of a block: with each of its codes by that many at most.
+    /// Where the value goes of the coefficient with which so many have come in zigzag order; what is not kept and what is
+    /// beyond has the place of the last value. Beyond is where a decoder comes to that goes on after the end of a block: with
+    /// each of its codes by that many at most.
     static constexpr std::size_t longestMove = blockCoefficients + 1;
     std::array<quint8, blockCoefficients*(longestMove + 1)> places{};
 };
@@ -90,8 +91,8 @@ constexpr KeptCoefficients keptCoefficients(int scaledBlockSize, bool isLarge) {
     }
     kept.values = kept.kept + (kept.last > 0 ? 1 : 0);
     for (std::size_t i = 0; i < kept.places.size(); ++i) {
-        const bool hasPlace = i < blockCoefficients && isKept[order[i]];
-        kept.places[i] = hasPlace ? placeOf[order[i]] : static_cast<quint8>(kept.kept);
+        const bool hasPlace = i > 0 && i <= blockCoefficients && isKept[order[i - 1]];
+        kept.places[i] = hasPlace ? placeOf[order[i - 1]] : static_cast<quint8>(kept.kept);
     }
     return kept;
 }
