@@ -1,10 +1,7 @@
 #include "Platform/ImageDecoder/ThreadTeam.h"
 
-#include <sched.h>
-
 #include <algorithm>
 #include <chrono>
-#include <system_error>
 
 namespace Platform {
 
@@ -17,6 +14,14 @@ void pause() {
 #elif defined(__aarch64__)
     asm volatile("yield");
 #endif
+}
+
+/// The processor cores that this thread may use; none where the system does not say.
+cpu_set_t allowedCores() {
+    cpu_set_t cores;
+    CPU_ZERO(&cores);
+    sched_getaffinity(0, sizeof cores, &cores);
+    return cores;
 }
 
 /// Waits until the value is another. To be woken takes longer than most waits of a team at work, so it is looked at for a
@@ -38,30 +43,46 @@ void waitForChange(const std::atomic<int>& value, int old) {
 } // namespace
 
 int ThreadTeam::availableCores() {
-    cpu_set_t cores;
-    if (sched_getaffinity(0, sizeof cores, &cores) == 0) {
-        return std::max(CPU_COUNT(&cores), 1);
-    }
-    return std::max(static_cast<int>(std::thread::hardware_concurrency()), 1);
+    const cpu_set_t cores = allowedCores();
+    return std::max(CPU_COUNT(&cores), 1);
 }
 
-ThreadTeam::ThreadTeam(int size) {
-    try {
-        while (this->size() < size) {
-            m_helpers.emplace_back(&ThreadTeam::help, this);
-        }
-    } catch (const std::system_error&) {
-        // The work is done by those that there are.
+// A new thread is often put where the one is that made it, and has to wait there until the system moves it, which may take
+// longer than all of the work. So a helper begins its life elsewhere.
+ThreadTeam::ThreadTeam(int size) : m_cores(allowedCores()) {
+    cpu_set_t others = m_cores;
+    const int own = sched_getcpu();
+    if (own >= 0 && CPU_COUNT(&others) > 1) {
+        CPU_CLR(own, &others);
     }
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setaffinity_np(&attributes, sizeof others, &others);
+    m_helpers.reserve(static_cast<std::size_t>(std::max(size - 1, 0)));
+    while (this->size() < size) {
+        pthread_t helper{};
+        if (pthread_create(&helper, &attributes, &ThreadTeam::enter, this) != 0) {
+            break; // the work is done by those that there are
+        }
+        m_helpers.push_back(helper);
+    }
+    pthread_attr_destroy(&attributes);
 }
 
 ThreadTeam::~ThreadTeam() {
     m_isEnding = true;
     ++m_piece;
     m_piece.notify_all();
-    for (std::thread& helper : m_helpers) {
-        helper.join();
+    for (const pthread_t helper : m_helpers) {
+        pthread_join(helper, nullptr);
     }
+}
+
+void* ThreadTeam::enter(void* team) {
+    auto& self = *static_cast<ThreadTeam*>(team);
+    pthread_setaffinity_np(pthread_self(), sizeof self.m_cores, &self.m_cores);
+    self.help();
+    return nullptr;
 }
 
 void ThreadTeam::run(const std::function<void()>& body) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <pthread.h>
+#include <sched.h>
+
 #include <atomic>
 #include <functional>
-#include <thread>
 #include <vector>
 
 namespace Platform {
@@ -42,13 +44,15 @@ public:
     }
 
 private:
+    static void* enter(void* team);
     void help();
 
     const std::function<void()>* m_body = nullptr;
     std::atomic<int> m_piece = 0;   // counts the pieces of work
     std::atomic<int> m_working = 0; // helpers that have not finished the latest
     bool m_isEnding = false;
-    std::vector<std::thread> m_helpers;
+    cpu_set_t m_cores; // that this process may use
+    std::vector<pthread_t> m_helpers;
 };
 
 } // namespace Platform
