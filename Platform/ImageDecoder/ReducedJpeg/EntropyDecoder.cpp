@@ -82,7 +82,6 @@ int EntropyDecoder::mcusToRestart() const {
 
 /// Cuts the window from the present position on into segments.
 void EntropyDecoder::cutWindow() {
-    m_segments.clear();
     m_segment = 0;
     m_block = 0;
     quint64 begin = m_position;
@@ -136,6 +135,7 @@ void EntropyDecoder::scanWindow() {
 /// @return whether the data are valid
 bool EntropyDecoder::joinSegments() {
     Outcome outcome = moveToRestart();
+    m_segments.clear();
     if (outcome == Outcome::Done) {
         cutWindow();
     }
@@ -223,10 +223,10 @@ EntropyDecoder::Outcome EntropyDecoder::passMcu() {
 }
 
 /// Whether nothing follows but the bits that fill the last byte.
-bool EntropyDecoder::endsWithData() const {
+bool EntropyDecoder::endsWithData() {
     const int interval = m_frame.restartInterval;
     const int restarts = m_data.restartsBefore() + static_cast<int>(m_data.restarts().size());
-    return m_data.isComplete() && m_position + 8 > windowBits() &&
+    return m_data.endsWithWindow() && m_position + 8 > windowBits() &&
            restarts == (interval == 0 ? 0 : (m_mcus - 1) / interval);
 }
 

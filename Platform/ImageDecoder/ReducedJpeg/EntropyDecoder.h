@@ -70,7 +70,7 @@ private:
     Outcome moveToRestart();
     bool takeFromSegments();
     Outcome passMcu();
-    bool endsWithData() const;
+    bool endsWithData();
     int mcusToRestart() const;
     quint64 windowBits() const { return m_data.window().size() * 8; }
 

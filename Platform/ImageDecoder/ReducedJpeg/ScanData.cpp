@@ -29,6 +29,14 @@ void ScanData::stage(std::size_t size) {
     m_hasBroken = m_hasBroken || (!m_hasEnded && count == 0);
 }
 
+bool ScanData::endsWithWindow() {
+    constexpr std::size_t aMarker = 64;
+    while (!m_hasEnded && !m_hasBroken && m_stagedSize == 0 && m_stagedRestarts.empty()) {
+        stage(aMarker);
+    }
+    return isComplete();
+}
+
 void ScanData::unstuff(std::span<const uchar> bytes) {
     const uchar* from = bytes.data();
     const uchar* const end = from + bytes.size();

@@ -40,6 +40,9 @@ public:
     /// stage what follows.
     bool isComplete() const { return m_hasEnded && m_stagedSize == 0 && m_stagedRestarts.empty(); }
 
+    /// The same, after reading on as far as it takes to know.
+    bool endsWithWindow();
+
     /// Whether the file ends early, another marker follows than the end of the image, or restarts do not count up: not
     /// in what is staged, but in the window or where it ends.
     bool isBroken() const { return m_isBroken; }
