@@ -113,21 +113,38 @@ struct Input {
     EntropyDecoder::Cut cut;
 };
 
+/// A file whose header has been read.
+class OpenedPhoto {
+public:
+    OpenedPhoto(const FileURL& url, int denominator)
+        : m_file(ReadOnlyFile::open(url)), m_jpeg(*m_file, Task()) {
+        if (m_jpeg.readHeader() &&
+            static_cast<qint64>(m_jpeg.size().width()) * m_jpeg.size().height() <= mostPixels) {
+            frame = m_jpeg.frame(denominator);
+            codes = frame ? McuCodes::make(*frame) : std::nullopt;
+        }
+    }
+
+    ScanData::Read read() {
+        return [this](std::span<uchar> buffer) { return m_jpeg.readData(buffer); };
+    }
+
+    std::optional<JpegFrame> frame;
+    std::optional<McuCodes> codes; ///< none where it is not for our decoder
+
+private:
+    Result<ReadOnlyFile> m_file;
+    JpegDecompressor m_jpeg;
+};
+
 void compareCoefficients(const Input& input, const FileURL& url) {
-    Result<ReadOnlyFile> file = ReadOnlyFile::open(url);
-    JpegDecompressor jpeg(*file, Task());
-    if (!jpeg.readHeader() || static_cast<qint64>(jpeg.size().width()) * jpeg.size().height() > mostPixels) {
+    OpenedPhoto photo(url, input.denominator);
+    if (!photo.codes) {
         return;
     }
-    const std::optional<JpegFrame> frame = jpeg.frame(input.denominator);
-    const std::optional<McuCodes> codes = frame ? McuCodes::make(*frame) : std::nullopt;
-    if (!codes) {
-        return;
-    }
+    const JpegFrame& frame = *photo.frame;
     ThreadTeam team(input.threads);
-    EntropyDecoder decoder(
-        *frame, *codes, [&jpeg](std::span<uchar> buffer) { return jpeg.readData(buffer); }, team, Task(),
-        input.cut);
+    EntropyDecoder decoder(frame, *photo.codes, photo.read(), team, Task(), input.cut);
     const DecodedValues decoded = decodeAll(decoder);
     if (!decoded.isFinished) {
         return;
@@ -138,36 +155,29 @@ void compareCoefficients(const Input& input, const FileURL& url) {
     }
     const CoefficientDecoder& coefficients = decoder.coefficients();
     const qint16* values = decoded.values.data();
-    for (int row = 0; row < frame->mcuRows(); ++row) {
-        for (int mcu = 0; mcu < frame->mcusPerRow(); ++mcu, values += coefficients.valuesPerMcu()) {
-            compareMcu(*frame, values, coefficients.blockOffsets(), row, mcu, reference);
+    for (int row = 0; row < frame.mcuRows(); ++row) {
+        for (int mcu = 0; mcu < frame.mcusPerRow(); ++mcu, values += coefficients.valuesPerMcu()) {
+            compareMcu(frame, values, coefficients.blockOffsets(), row, mcu, reference);
         }
     }
 }
 
 void makePixels(const Input& input, const FileURL& url) {
-    Result<ReadOnlyFile> file = ReadOnlyFile::open(url);
-    JpegDecompressor jpeg(*file, Task());
-    if (!jpeg.readHeader() || static_cast<qint64>(jpeg.size().width()) * jpeg.size().height() > mostPixels) {
+    OpenedPhoto photo(url, input.denominator);
+    if (!photo.codes) {
         return;
     }
-    const std::optional<JpegFrame> frame = jpeg.frame(input.denominator);
-    const std::optional<McuCodes> codes = frame ? McuCodes::make(*frame) : std::nullopt;
-    if (!codes) {
-        return;
-    }
+    const JpegFrame& frame = *photo.frame;
     ThreadTeam team(input.threads);
-    ReducedJpeg rows(
-        *frame, *codes, [&jpeg](std::span<uchar> buffer) { return jpeg.readData(buffer); }, team, Task(),
-        input.cut);
-    const qsizetype bytesPerLine = static_cast<qsizetype>(frame->scaledSize.width()) * bytesPerPixel;
+    ReducedJpeg rows(frame, *photo.codes, photo.read(), team, Task(), input.cut);
+    const qsizetype bytesPerLine = static_cast<qsizetype>(frame.scaledSize.width()) * bytesPerPixel;
     constexpr int rowsAtATime = 5;
     std::vector<uchar> pixels(static_cast<std::size_t>(rowsAtATime * bytesPerLine));
     int read = 0;
     while (const int count = rows.readRows(pixels.data(), bytesPerLine, rowsAtATime)) {
         read += count;
     }
-    if (rows.isFinished() && read != frame->scaledSize.height()) {
+    if (rows.isFinished() && read != frame.scaledSize.height()) {
         std::abort();
     }
 }

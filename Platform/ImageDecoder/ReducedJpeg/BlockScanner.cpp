@@ -28,14 +28,8 @@ constexpr int unknown = blockCoefficients;
 // A code and its value bits.
 constexpr quint64 mostBitsPerStep = HuffmanCode::longestCode + 15;
 
-constexpr int zeroRun = 15; // with no value: sixteen zeros
-
 quint32 positionOf(quint64 state) {
     return static_cast<quint32>(state >> 8);
-}
-
-bool endsBlock(quint8 symbol) {
-    return (symbol & 0xf) == 0 && symbol >> 4 != zeroRun;
 }
 
 } // namespace

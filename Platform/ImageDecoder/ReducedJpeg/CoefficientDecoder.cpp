@@ -25,12 +25,11 @@ constexpr int positionShift = 13;
 constexpr quint64 countMask = (1 << positionShift) - 1;
 
 constexpr quint32 endOfBlock = blockCoefficients; // zeros, so that all have come
-constexpr int zeroRun = 15;                       // with no value: sixteen zeros
 
 quint32 entry(HuffmanCode::Code code, bool isDc) {
     const quint32 size = code.symbol & 0xf;
     const quint32 zeros = code.symbol >> 4;
-    const bool isEnd = !isDc && size == 0 && zeros != zeroRun;
+    const bool isEnd = !isDc && endsBlock(code.symbol);
     const quint32 coefficients = (isDc ? 0 : isEnd ? endOfBlock : zeros) + 1;
     const quint32 step = (code.length + size) << positionShift | coefficients;
     return code.length | (63 - size) << shiftShift | step << stepShift;

@@ -8,6 +8,12 @@
 
 namespace Platform {
 
+/// Whether an AC symbol ends its block: it has no value bits, and is not the one for sixteen zeros (T.81, F.1.2.2).
+constexpr bool endsBlock(quint8 symbol) {
+    constexpr int sixteenZeros = 15;
+    return (symbol & 0xf) == 0 && symbol >> 4 != sixteenZeros;
+}
+
 /// A Huffman code made ready for looking codes up. Immutable.
 class HuffmanCode {
 public:
