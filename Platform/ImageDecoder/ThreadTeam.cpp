@@ -61,7 +61,7 @@ ThreadTeam::ThreadTeam(int size) : m_cores(allowedCores()) {
     m_helpers.reserve(static_cast<std::size_t>(std::max(size - 1, 0)));
     while (this->size() < size) {
         pthread_t helper{};
-        if (pthread_create(&helper, &attributes, &ThreadTeam::enter, this) != 0) {
+        if (pthread_create(&helper, &attributes, &ThreadTeam::begin, this) != 0) {
             break; // the work is done by those that there are
         }
         m_helpers.push_back(helper);
@@ -78,7 +78,7 @@ ThreadTeam::~ThreadTeam() {
     }
 }
 
-void* ThreadTeam::enter(void* team) {
+void* ThreadTeam::begin(void* team) {
     auto& self = *static_cast<ThreadTeam*>(team);
     pthread_setaffinity_np(pthread_self(), sizeof self.m_cores, &self.m_cores);
     self.help();
@@ -87,25 +87,45 @@ void* ThreadTeam::enter(void* team) {
 
 void ThreadTeam::run(const std::function<void()>& body) {
     m_body = &body;
-    m_working = static_cast<int>(m_helpers.size());
+    m_door = isOpen;
     ++m_piece;
     m_piece.notify_all();
     body();
-    for (int working = m_working; working > 0; working = m_working) {
-        waitForChange(m_working, working);
+    for (int inside = m_door &= ~isOpen; inside > 0; inside = m_door) {
+        waitForChange(m_door, inside);
     }
 }
 
 void ThreadTeam::help() {
-    for (int piece = 0;; ++piece) {
+    int piece = 0;
+    while (true) {
         waitForChange(m_piece, piece);
+        piece = m_piece;
         if (m_isEnding) {
             return;
         }
-        (*m_body)();
-        if (--m_working == 0) {
-            m_working.notify_one();
+        if (enterPiece()) {
+            piece = m_piece; // it may have become another before the door
+            (*m_body)();
+            leavePiece();
         }
+    }
+}
+
+/// False where the piece has ended without this helper.
+bool ThreadTeam::enterPiece() {
+    int door = m_door;
+    while ((door & isOpen) != 0) {
+        if (m_door.compare_exchange_weak(door, door + oneInside)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void ThreadTeam::leavePiece() {
+    if ((m_door -= oneInside) == 0) {
+        m_door.notify_one();
     }
 }
 

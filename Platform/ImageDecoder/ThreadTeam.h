@@ -24,7 +24,9 @@ public:
 
     int size() const { return static_cast<int>(m_helpers.size()) + 1; }
 
-    /// Calls body() once on every member and returns when the last has returned.
+    /// Calls body() on the calling thread, and on each helper that comes while it runs there; returns when all of them have
+    /// returned. Nobody waits for a helper that the system does not let run: the calling thread alone must be able to do
+    /// all of the work.
     void run(const std::function<void()>& body);
 
     /// Calls body(index) for each index from 0 to count - 1, each on the member that is free first.
@@ -44,13 +46,18 @@ public:
     }
 
 private:
-    static void* enter(void* team);
+    static constexpr int isOpen = 1;
+    static constexpr int oneInside = 2;
+
+    static void* begin(void* team);
     void help();
+    bool enterPiece();
+    void leavePiece();
 
     const std::function<void()>* m_body = nullptr;
-    std::atomic<int> m_piece = 0;   // counts the pieces of work
-    std::atomic<int> m_working = 0; // helpers that have not finished the latest
-    bool m_isEnding = false;
+    std::atomic<int> m_piece = 0; // counts the pieces of work
+    std::atomic<int> m_door = 0;  // whether helpers may still enter the latest, and how many are inside
+    std::atomic<bool> m_isEnding = false;
     cpu_set_t m_cores; // that this process may use
     std::vector<pthread_t> m_helpers;
 };

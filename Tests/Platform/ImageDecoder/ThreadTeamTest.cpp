@@ -2,8 +2,13 @@
 
 #include <QTest>
 
+#include <pthread.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
+#include <csignal>
+#include <latch>
 #include <mutex>
 #include <random>
 #include <set>
@@ -12,12 +17,66 @@
 
 using Platform::ThreadTeam;
 
+namespace {
+
+unsigned long workFor(int steps) {
+    std::minstd_rand random;
+    random.discard(static_cast<unsigned long long>(steps));
+    return random();
+}
+
+/// The helper of a team of two.
+pthread_t helperOf(ThreadTeam& team) {
+    pthread_t helper{};
+    std::latch bothHaveCome(2);
+    team.run([&, caller = pthread_self()] {
+        if (pthread_self() != caller) {
+            helper = pthread_self();
+        }
+        bothHaveCome.arrive_and_wait();
+    });
+    return helper;
+}
+
+/// Keeps a thread from running, in the handler of a signal, for as long as this object lives. One at a time.
+class StoppedThread {
+public:
+    explicit StoppedThread(pthread_t thread) {
+        isReleased = false;
+        hasStopped = false;
+        struct sigaction action {};
+        action.sa_handler = [](int) {
+            hasStopped = true;
+            while (!isReleased) {
+                usleep(100);
+            }
+        };
+        sigaction(SIGUSR1, &action, nullptr);
+        pthread_kill(thread, SIGUSR1);
+        while (!hasStopped) {
+            std::this_thread::yield();
+        }
+    }
+
+    ~StoppedThread() { isReleased = true; }
+    StoppedThread(const StoppedThread&) = delete;
+    StoppedThread& operator=(const StoppedThread&) = delete;
+
+private:
+    static inline std::atomic<bool> isReleased;
+    static inline std::atomic<bool> hasStopped;
+};
+
+} // namespace
+
 class ThreadTeamTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void everyMemberRunsTheBodyOnce_data();
-    void everyMemberRunsTheBodyOnce();
+    void everyMemberThatComesRunsTheBodyOnce_data();
+    void everyMemberThatComesRunsTheBodyOnce();
+    void nobodyWaitsForAHelperThatDoesNotCome();
+    void aHelperThatHasBegunIsWaitedFor();
     void theCallerIsAMember();
     void eachIndexIsCalledOnce_data();
     void eachIndexIsCalledOnce();
@@ -27,26 +86,58 @@ private slots:
     void thereIsACoreAtLeast();
 };
 
-void ThreadTeamTest::everyMemberRunsTheBodyOnce_data() {
+void ThreadTeamTest::everyMemberThatComesRunsTheBodyOnce_data() {
     QTest::addColumn<int>("size");
     for (const int size : {1, 2, 3, 8}) {
         QTest::newRow(QByteArray::number(size)) << size;
     }
 }
 
-void ThreadTeamTest::everyMemberRunsTheBodyOnce() {
+void ThreadTeamTest::everyMemberThatComesRunsTheBodyOnce() {
     QFETCH(int, size);
     ThreadTeam team(size);
     QCOMPARE(team.size(), size);
     for (int time = 0; time < 100; ++time) {
         std::mutex mutex;
         std::multiset<std::thread::id> members;
+        std::latch allHaveCome(size);
         team.run([&] {
-            const std::lock_guard lock(mutex);
-            members.insert(std::this_thread::get_id());
+            {
+                const std::lock_guard lock(mutex);
+                members.insert(std::this_thread::get_id());
+            }
+            allHaveCome.arrive_and_wait();
         });
         QCOMPARE(members.size(), static_cast<std::size_t>(size));
         QCOMPARE(std::set(members.begin(), members.end()).size(), static_cast<std::size_t>(size));
+    }
+}
+
+void ThreadTeamTest::nobodyWaitsForAHelperThatDoesNotCome() {
+    ThreadTeam team(2);
+    const StoppedThread helper(helperOf(team));
+    int pieces = 0;
+    for (int time = 0; time < 10; ++time) {
+        team.run([&] { ++pieces; });
+    }
+    QCOMPARE(pieces, 10);
+}
+
+void ThreadTeamTest::aHelperThatHasBegunIsWaitedFor() {
+    ThreadTeam team(2);
+    for (int time = 0; time < 20; ++time) {
+        bool hasHelperFinished = false;
+        std::latch hasHelperBegun(1);
+        team.run([&, caller = pthread_self()] {
+            if (pthread_self() == caller) {
+                hasHelperBegun.wait();
+            } else {
+                hasHelperBegun.count_down();
+                workFor(100'000);
+                hasHelperFinished = true;
+            }
+        });
+        QVERIFY(hasHelperFinished);
     }
 }
 
@@ -102,17 +193,16 @@ void ThreadTeamTest::whatAMemberDidIsSeenByTheNextPiece() {
 }
 
 void ThreadTeamTest::aTeamThatHasSleptWorksOn() {
-    const auto workFor = [](int steps) {
-        std::minstd_rand random;
-        random.discard(static_cast<unsigned long long>(steps));
-        return random();
-    };
     ThreadTeam team(3);
     std::atomic<unsigned long> sum = 0;
     for (int time = 0; time < 5; ++time) {
         // One member has so much to do that the others fall asleep, and then nobody but the caller has.
         std::atomic<int> runs = 0;
-        team.run([&] { sum += workFor(runs++ == 0 ? 500'000 : 1); });
+        std::latch allHaveCome(3);
+        team.run([&] {
+            allHaveCome.arrive_and_wait();
+            sum += workFor(runs++ == 0 ? 500'000 : 1);
+        });
         QCOMPARE(runs.load(), 3);
         sum += workFor(500'000);
     }
