@@ -10,13 +10,11 @@ namespace {
 // dying disk does not return from, which must not hold up the photos elsewhere.
 constexpr int maximumThreads = 256;
 
-constexpr int ownNiceness = 0;
-constexpr int lowestNiceness = 19;
-
 } // namespace
 
 SystemTaskScheduler::SystemTaskScheduler()
-    : m_userInitiated(maximumThreads, ownNiceness), m_background(maximumThreads, lowestNiceness) {}
+    : m_userInitiated(maximumThreads, TaskPriority::UserInitiated),
+      m_background(maximumThreads, TaskPriority::Background) {}
 
 void SystemTaskScheduler::runDetached(const Task& task, TaskPriority priority, std::function<void()> work) {
     WorkerPool& pool = priority == TaskPriority::Background ? m_background : m_userInitiated;

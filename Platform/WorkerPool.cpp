@@ -1,7 +1,6 @@
 #include "Platform/WorkerPool.h"
 
-#include <sys/resource.h>
-#include <unistd.h>
+#include <sched.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -21,13 +20,22 @@ struct Job {
     std::function<void()> work;
 };
 
+/// Lets the calling thread, and those that it will make, run where nothing else wants to. To be merely nice would not do:
+/// a core with a nice thread counts as taken, and whoever wakes up queues elsewhere behind others; one with an idle
+/// thread counts as free.
+void becomeIdle() {
+    const sched_param parameters{};
+    sched_setscheduler(0, SCHED_IDLE, &parameters);
+}
+
 } // namespace
 
 struct WorkerPool::State {
-    State(int threadLimit, int threadNiceness) : maximumThreads(threadLimit), niceness(threadNiceness) {}
+    State(int threadLimit, TaskPriority threadPriority)
+        : maximumThreads(threadLimit), priority(threadPriority) {}
 
     const int maximumThreads;
-    const int niceness;
+    const TaskPriority priority;
     std::mutex mutex; // guards all below
     std::condition_variable hasWork;
     std::condition_variable hasEnded;
@@ -38,8 +46,8 @@ struct WorkerPool::State {
     bool isEnding = false;
 };
 
-WorkerPool::WorkerPool(int maximumThreads, int niceness)
-    : m_state(std::make_shared<State>(maximumThreads, niceness)) {}
+WorkerPool::WorkerPool(int maximumThreads, TaskPriority priority)
+    : m_state(std::make_shared<State>(maximumThreads, priority)) {}
 
 WorkerPool::~WorkerPool() {
     std::deque<Job> dropped; // released outside the lock
@@ -67,9 +75,8 @@ void WorkerPool::run(const Task& task, std::function<void()> work) {
 }
 
 void WorkerPool::serve(const std::shared_ptr<State>& state) {
-    if (state->niceness != 0) {
-        // On Linux a thread has a niceness of its own; lowering its priority is always allowed.
-        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), state->niceness);
+    if (state->priority == TaskPriority::Background) {
+        becomeIdle();
     }
     std::unique_lock lock(state->mutex);
     while (true) {

@@ -10,8 +10,8 @@ namespace Platform {
 /// Threads that run work in the order in which it comes. A thread is added where none is free, up to a bound.
 class WorkerPool {
 public:
-    /// @param niceness  the threads' priority for the operating system: 19 is the lowest, 0 the process's own
-    WorkerPool(int maximumThreads, int niceness);
+    /// @param priority  of the threads: those for background work run where nothing else wants to
+    WorkerPool(int maximumThreads, TaskPriority priority);
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 

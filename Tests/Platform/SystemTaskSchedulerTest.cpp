@@ -3,8 +3,7 @@
 #include <QElapsedTimer>
 #include <QTest>
 
-#include <sys/resource.h>
-#include <unistd.h>
+#include <sched.h>
 
 #include <latch>
 #include <thread>
@@ -19,11 +18,11 @@ namespace {
 /// What a piece of work can tell of the thread that runs it.
 struct Seen {
     std::thread::id thread;
-    int niceness = 0;
+    int policy = 0;
 };
 
 Seen lookAround(const Task&) {
-    return {std::this_thread::get_id(), getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()))};
+    return {std::this_thread::get_id(), sched_getscheduler(0)};
 }
 
 } // namespace
@@ -47,7 +46,7 @@ private slots:
     }
 
     void backgroundWorkHasTheLowestPriorityAndOtherWorkItsOwn() {
-        const int ownNiceness = getpriority(PRIO_PROCESS, 0);
+        const int ownPolicy = sched_getscheduler(0);
         SystemTaskScheduler scheduler;
         std::optional<Seen> background;
         std::optional<Seen> userInitiated;
@@ -56,8 +55,8 @@ private slots:
         scheduler.detached(
             TaskPriority::UserInitiated, lookAround, [&](const Seen& seen) { userInitiated = seen; });
         QTRY_VERIFY(background && userInitiated);
-        QCOMPARE(background->niceness, 19);
-        QCOMPARE(userInitiated->niceness, ownNiceness);
+        QCOMPARE(background->policy, SCHED_IDLE);
+        QCOMPARE(userInitiated->policy, ownPolicy);
     }
 
     void aTaskCancelledBeforeItsDeliveryIsNotDelivered() {
