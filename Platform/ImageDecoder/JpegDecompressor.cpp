@@ -151,7 +151,7 @@ std::optional<JpegFrame> JpegDecompressor::frame(int denominator) {
         // The blocks of an only component stand by themselves, whatever its factors (T.81, A.2.2).
         frame.components[0].horizontalFactor = frame.components[0].verticalFactor = 1;
     }
-    return frame;
+    return frame.hasWholeRatios() ? std::optional(std::move(frame)) : std::nullopt;
 }
 
 /// Whether all of the picture is in one scan of Huffman codes, whose tables are there.

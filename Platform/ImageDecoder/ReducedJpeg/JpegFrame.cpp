@@ -42,4 +42,13 @@ int JpegFrame::blocksPerMcu() const {
     return count;
 }
 
+bool JpegFrame::hasWholeRatios() const {
+    const int across = maximumHorizontalFactor() * scaledBlockSize;
+    const int down = maximumVerticalFactor() * scaledBlockSize;
+    return std::ranges::all_of(components, [&](const JpegComponent& component) {
+        return across % (component.horizontalFactor * component.scaledBlockSize) == 0 &&
+               down % (component.verticalFactor * component.scaledBlockSize) == 0;
+    });
+}
+
 } // namespace Platform

@@ -55,6 +55,10 @@ struct JpegFrame {
     int mcusPerRow() const;
     int mcuRows() const;
     int blocksPerMcu() const;
+
+    /// Whether each pixel of a component stands for a whole number of the picture's, across and down. T.81 does not ask for
+    /// it, but libjpeg does.
+    bool hasWholeRatios() const;
 };
 
 } // namespace Platform

@@ -98,6 +98,13 @@ std::vector<qsizetype> restartsOf(const QByteArray& file) {
     return restarts;
 }
 
+/// Whether a photo's header is read, and the photo is then not for this decoder.
+bool isRefused(const FileURL& photo) {
+    Result<ReadOnlyFile> file = ReadOnlyFile::open(photo);
+    JpegDecompressor jpeg(*file, Task());
+    return jpeg.readHeader() && !jpeg.frame(8) && !jpeg.frame(4) && !jpeg.frame(2);
+}
+
 QByteArray fileWithRestarts() {
     return jpegFile(landscape(QSize(70, 50)), withFactors({{2, 1}, {1, 1}, {1, 1}}, 2));
 }
@@ -111,6 +118,8 @@ class EntropyDecoderTest : public QObject {
 private slots:
     void theCoefficientsAreThoseOfTheLibrary_data();
     void theCoefficientsAreThoseOfTheLibrary();
+    void aWindowMayEndAnywhere_data();
+    void aWindowMayEndAnywhere();
     void damagedRestartsAreNotFinished_data();
     void damagedRestartsAreNotFinished();
     void truncatedDataAreNotFinished();
@@ -118,6 +127,7 @@ private slots:
     void changedDataAreNeverFinishedWithOtherCoefficients();
     void moreDataThanThePictureTakesAreNotFinished();
     void aScanOfSomeBitsOnlyIsNotTaken();
+    void factorsThatDoNotDivideEachOtherAreNotTaken();
     void aProgressiveOrArithmeticFileIsNotTaken();
 
 private:
@@ -241,6 +251,31 @@ void EntropyDecoderTest::theCoefficientsAreThoseOfTheLibrary() {
     }
 }
 
+void EntropyDecoderTest::aWindowMayEndAnywhere_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("restarts") << jpegFile(landscape(QSize(40, 24)), withFactors({{2, 1}, {1, 1}, {1, 1}}, 2));
+    QTest::newRow("a restart before each MCU")
+        << jpegFile(landscape(QSize(24, 16)), withFactors({{1, 1}}, 1));
+    const QByteArray file = jpegFile(landscape(QSize(40, 24)));
+    QTest::newRow("no restarts") << file;
+    QTest::newRow("fill bytes before the end")
+        << QByteArray(file).insert(file.size() - 2, QByteArray(3000, '\xff'));
+    QTest::newRow("tiny MCUs") << fileOfTinyMcus();
+}
+
+void EntropyDecoderTest::aWindowMayEndAnywhere() {
+    QFETCH(QByteArray, file);
+    const FileURL photo = m_folder.write("photo.jpg", file);
+    LibraryCoefficients library(file);
+    const qsizetype length = file.size() - dataOf(file);
+    for (qsizetype window = 1; window <= length + 1; ++window) {
+        const auto bytes = static_cast<std::size_t>(window);
+        const DecodingWay way{8, static_cast<int>(1 + window % 2), cut(bytes, 1 + bytes / 3, 100)};
+        const Comparison comparison = decodeBeside(library, photo, way);
+        QVERIFY2(comparison.isFinished && comparison.difference.isEmpty(), QByteArray::number(window));
+    }
+}
+
 void EntropyDecoderTest::damagedRestartsAreNotFinished_data() {
     QTest::addColumn<QByteArray>("file");
     const QByteArray file = fileWithRestarts();
@@ -258,6 +293,10 @@ void EntropyDecoderTest::damagedRestartsAreNotFinished_data() {
         QByteArray restart("\xff\xd0");
         restart[1] = file[at + 1];
         QTest::newRow("a byte too early" + number) << QByteArray(file).remove(at, 2).insert(at - 3, restart);
+        const qsizetype before = index == 0 ? dataOf(file) : restarts[index - 1] + 2;
+        QTest::newRow("an interval too early" + number)
+            << QByteArray(file).remove(at, 2).insert(before, restart);
+        QTest::newRow("nothing before" + number) << QByteArray(file).remove(before, at - before);
     }
     const char next = static_cast<char>(0xd0 | ((file[restarts.back() + 1] + 1) & 7));
     QTest::newRow("one too many") << QByteArray(file).insert(file.size() - 2, QByteArray("\xff") + next);
@@ -348,11 +387,22 @@ void EntropyDecoderTest::moreDataThanThePictureTakesAreNotFinished() {
 void EntropyDecoderTest::aScanOfSomeBitsOnlyIsNotTaken() {
     QByteArray file = jpegFile(landscape(QSize(90, 60)));
     file[dataOf(file) - 1] = 8; // the bits of each coefficient that come with other scans
-    const FileURL photo = m_folder.write("photo.jpg", file);
-    Result<ReadOnlyFile> opened = ReadOnlyFile::open(photo);
-    JpegDecompressor jpeg(*opened, Task());
-    QVERIFY(jpeg.readHeader());
-    QVERIFY(!jpeg.frame(8));
+    QVERIFY(isRefused(m_folder.write("photo.jpg", file)));
+}
+
+void EntropyDecoderTest::factorsThatDoNotDivideEachOtherAreNotTaken() {
+    const auto refusesThird = [&](const Factors& factors, char third) {
+        QByteArray file = jpegFile(landscape(QSize(90, 60)), withFactors(factors));
+        constexpr int thirdFactors = 17; // in a frame's segment
+        file[file.indexOf(QByteArray("\xff\xc0")) + thirdFactors] = third;
+        return isRefused(m_folder.write("photo.jpg", file));
+    };
+    const Factors wide{{4, 1}, {1, 1}, {1, 1}};
+    const Factors tall{{1, 4}, {1, 1}, {1, 1}};
+    QVERIFY(!refusesThird(wide, 0x21));
+    QVERIFY(refusesThird(wide, 0x31));
+    QVERIFY(!refusesThird(tall, 0x12));
+    QVERIFY(refusesThird(tall, 0x13));
 }
 
 void EntropyDecoderTest::aProgressiveOrArithmeticFileIsNotTaken() {
