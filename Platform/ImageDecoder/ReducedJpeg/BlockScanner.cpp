@@ -61,13 +61,20 @@ BlockScanner::Table BlockScanner::table(const HuffmanCode* dc, const HuffmanCode
     return entries;
 }
 
+/// Components of the same codes have one table: the fewer there are, the nearer to the processor they stay.
+const quint16* BlockScanner::shared(const Table& table) {
+    const auto same = std::ranges::find(m_tables, table);
+    return (same != m_tables.end() ? *same : m_tables.emplace_back(table)).data();
+}
+
 BlockScanner::BlockScanner(const McuCodes& codes, int restartInterval) : m_restartInterval(restartInterval) {
     const std::size_t blocks = codes.blocks().size();
     m_tables.reserve(2 * codes.components().size());
     m_codes.reserve(2 * codes.components().size());
+    std::vector<const quint16*> tables;
     for (const McuCodes::Component& component : codes.components()) {
-        m_tables.push_back(table(&component.dc, component.ac));
-        m_tables.push_back(table(nullptr, component.ac));
+        tables.push_back(shared(table(&component.dc, component.ac)));
+        tables.push_back(shared(table(nullptr, component.ac)));
         m_codes.push_back(component.dc);
         m_codes.push_back(component.ac);
     }
@@ -77,7 +84,7 @@ BlockScanner::BlockScanner(const McuCodes& codes, int restartInterval) : m_resta
         const Place* const following = &m_places[2 * ((block + 1) % blocks)];
         for (const std::size_t part : {std::size_t{0}, std::size_t{1}}) {
             const std::size_t index = 2 * static_cast<std::size_t>(codes.blocks()[block]) + part;
-            m_places[2 * block + part] = {m_tables[index].data(), {within, following}, &m_codes[index]};
+            m_places[2 * block + part] = {tables[index], {within, following}, &m_codes[index]};
         }
     }
 }

@@ -83,6 +83,7 @@ private:
     class Lanes;
 
     static Table table(const HuffmanCode* dc, const HuffmanCode& ac);
+    const quint16* shared(const Table& table);
 
     static void step(Walk& walk, const uchar* data);
     static Walk passCodes(Walk walk, const uchar* data);

@@ -24,7 +24,7 @@ public:
     struct Cut {
         std::size_t windowBytes = std::size_t{512} * 1024; ///< of data read on at a time
         std::size_t segmentBytes = std::size_t{8} * 1024;
-        int valuesPerBand = 512 * 1024; ///< more only where a row of MCUs has more
+        int valuesPerBand = 256 * 1024; ///< more only where a row of MCUs has more
     };
 
     static constexpr std::size_t readableBeyond = 8;
