@@ -1,5 +1,6 @@
 // decode-benchmark [PHOTO.jpg...]: how long photos take from file to pixels through the application's decoder and through
-// what one could use instead, at the sizes of the application, on one processor core and on all.
+// what one could use instead, at the sizes of the application, on one processor core and on all; and how long the
+// application goes on with a photo that is left.
 //
 // Without photos it draws some of 24 megapixels. Prints a table for each photo and at the end how the application stands
 // at its worst. Takes some minutes.
@@ -7,6 +8,7 @@
 #include "Benchmarks/DrawnPhotos.h"
 #include "Benchmarks/Measuring.h"
 #include "Benchmarks/ProcessorCores.h"
+#include "Platform/ImageDecoder/ImageDecoder.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -14,14 +16,18 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace fs = std::filesystem;
 
 namespace {
+
+using Milliseconds = std::chrono::duration<double, std::milli>;
 
 struct Photo {
     std::string name;
@@ -40,6 +46,7 @@ struct Setting {
 struct Result {
     Setting setting;
     std::vector<double> times; // milliseconds, one for each contender
+    double timeToStop;         // of the application, at the worst
 
     /// The application's time as a part of the best of the others.
     double ratio() const { return times.front() / *std::min_element(times.begin() + 1, times.end()); }
@@ -86,7 +93,8 @@ public:
             static_cast<double>(fs::file_size(photo.path)) / 1e6);
         std::vector<Result> results;
         for (const Setting& setting : settings(sizes, std::max(size.width(), size.height()))) {
-            results.push_back({setting, medians(photo.path, setting)});
+            const std::vector<double> times = medians(photo.path, setting);
+            results.push_back({setting, times, worstTimeToStop(photo.path, setting, times.front())});
             noteWorst(results.back(), photo.name);
         }
         print(results);
@@ -147,6 +155,33 @@ private:
         return time;
     }
 
+    /// Decodes that are left at different times, up to their end.
+    double worstTimeToStop(const fs::path& path, const Setting& setting, double time) const {
+        m_cores.keepTo(setting.cores);
+        constexpr int times = 20;
+        double worst = 0;
+        for (int i = 1; i <= times; ++i) {
+            const Milliseconds whenLeft(time * i / times);
+            worst = std::max(worst, timeToStop(path, setting.size, whenLeft));
+        }
+        return worst;
+    }
+
+    static double timeToStop(const fs::path& path, int size, Milliseconds whenLeft) {
+        using Clock = std::chrono::steady_clock;
+        const Platform::Task task;
+        Clock::time_point end;
+        std::thread decoding([&] {
+            (void)Platform::decodeImage(Platform::FileURL(path.string()), size, task);
+            end = Clock::now();
+        });
+        std::this_thread::sleep_for(whenLeft);
+        const Clock::time_point left = Clock::now();
+        task.cancel();
+        decoding.join();
+        return Milliseconds(end - left).count();
+    }
+
     void noteWorst(const Result& result, const std::string& photo) {
         const auto isSame = [&](const Worst& worst) { return worst.setting == result.setting; };
         const auto known = std::ranges::find_if(m_worst, isSame);
@@ -172,6 +207,10 @@ private:
         std::printf("\n%16s", "of the best");
         for (const Result& result : results) {
             std::printf("%16.2f", result.ratio());
+        }
+        std::printf("\n%16s", "left: goes on");
+        for (const Result& result : results) {
+            std::printf("%16.1f", result.timeToStop);
         }
         std::printf("\n");
         std::fflush(stdout); // it takes a while until the next

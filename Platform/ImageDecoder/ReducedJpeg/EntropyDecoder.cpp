@@ -142,7 +142,7 @@ bool EntropyDecoder::joinSegments() {
         cutWindow();
     }
     scanWindow();
-    while (outcome == Outcome::Done && m_mcusFound < m_mcus) {
+    while (outcome == Outcome::Done && m_mcusFound < m_mcus && !m_task.isCancelled()) {
         outcome = goOn();
     }
     if (m_mcusFound == m_mcus) {
