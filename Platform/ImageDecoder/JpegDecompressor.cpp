@@ -151,7 +151,7 @@ std::optional<JpegFrame> JpegDecompressor::frame(int denominator) {
         // The blocks of an only component stand by themselves, whatever its factors (T.81, A.2.2).
         frame.components[0].horizontalFactor = frame.components[0].verticalFactor = 1;
     }
-    return frame.hasWholeRatios() ? std::optional(std::move(frame)) : std::nullopt;
+    return frame.isDecodable() ? std::optional(std::move(frame)) : std::nullopt;
 }
 
 /// Whether all of the picture is in one scan of Huffman codes, whose tables are there.
@@ -209,6 +209,9 @@ JpegComponent JpegDecompressor::component(const jpeg_component_info& info) const
 
 std::size_t JpegDecompressor::readData(std::span<uchar> buffer) {
     m_hasGivenData = true;
+    if (m_task.isCancelled()) {
+        return 0;
+    }
     const std::size_t buffered = std::min(m_source.bytes_in_buffer, buffer.size());
     if (buffered == 0) {
         return m_file.read(buffer.data(), buffer.size());
@@ -219,26 +222,28 @@ std::size_t JpegDecompressor::readData(std::span<uchar> buffer) {
     return buffered;
 }
 
-bool JpegDecompressor::start(int denominator) {
+bool JpegDecompressor::start(int denominator, int maxPixelSize) {
     if (setjmp(m_leaving) != 0) {
         return false;
     }
     m_info.scale_num = 1;
     m_info.scale_denom = static_cast<unsigned>(denominator);
     m_info.out_color_space = components() == Components::Cmyk ? JCS_CMYK : JCS_EXT_BGRA;
-    if (denominator == dctSize && m_info.progressive_mode && areMeansEnough()) {
+    if (denominator == dctSize && m_info.progressive_mode && areMeansEnough(maxPixelSize)) {
         return startFromFirstScans();
     }
     return jpeg_start_decompress(&m_info);
 }
 
-/// Whether a picture of an eighth takes no more than the mean of each block: chroma at half the resolution is to be two pixels
-/// each way of it.
-bool JpegDecompressor::areMeansEnough() {
+/// Whether the means of a picture's blocks show all that it will: also where chroma is stored at half the resolution, and has
+/// but one mean for two pixels each way of an eighth.
+bool JpegDecompressor::areMeansEnough(int maxPixelSize) {
     jpeg_calc_output_dimensions(&m_info);
     const std::span components(m_info.comp_info, static_cast<std::size_t>(m_info.num_components));
-    return isLargePhoto(size()) ||
-           std::ranges::all_of(components, [](const auto& info) { return info.DCT_scaled_size == 1; });
+    const int longSide = std::max(size().width(), size().height());
+    return std::ranges::all_of(components, [&](const auto& info) {
+        return info.DCT_scaled_size == 1 || longSide / (dctSize * info.DCT_scaled_size) >= maxPixelSize;
+    });
 }
 
 /// Called where the jump of an error may land.
@@ -248,6 +253,7 @@ bool JpegDecompressor::startFromFirstScans() {
     jpeg_start_decompress(&m_info);
     int status = JPEG_ROW_COMPLETED;
     while (status != JPEG_REACHED_EOI && !(status == JPEG_SCAN_COMPLETED && hasMeans())) {
+        monitorProgress(reinterpret_cast<j_common_ptr>(&m_info)); // here the library itself does not
         status = jpeg_consume_input(&m_info);
     }
     return jpeg_start_output(&m_info, m_info.input_scan_number);

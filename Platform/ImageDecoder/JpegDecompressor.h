@@ -18,7 +18,7 @@
 
 namespace Platform {
 
-/// libjpeg over a file. A damaged or truncated file gives its rows as far as the library can make anything of
+/// libjpeg over a file. Blocking; used by one thread. A damaged or truncated file gives its rows as far as the library can make anything of
 /// them. Each method that may fail does so, too, once the task is cancelled; after a failure nothing more can
 /// be decoded.
 class JpegDecompressor final : public RowSource {
@@ -51,15 +51,17 @@ public:
     std::optional<JpegFrame> frame(int denominator);
 
     /// Reads the data that follow the header, from where the library has come to; instead of start().
-    /// @return the number of bytes; 0 at the end of the file only
+    /// @return the number of bytes; 0 at the end of the file and once the task is cancelled, only
     std::size_t readData(std::span<uchar> buffer);
 
     /// Whether it has given such data, which the library then lacks.
     bool hasGivenData() const { return m_hasGivenData; }
 
     /// Begins decoding at 1/denominator of the size: 1, 2, 4 or 8. For an eighth of a progressive picture only those scans
-    /// are read that the means of its blocks take; a large picture's colours may come out a little softer at edges then.
-    bool start(int denominator);
+    /// are read that the means of its blocks take, where those are enough for what is made of it.
+    ///
+    /// @param maxPixelSize  what the longer side is to be reduced to, in pixels; 0: nothing is reduced
+    bool start(int denominator, int maxPixelSize);
 
     /// Size in pixels of the rows that come, after start().
     QSize scaledSize() const;
@@ -75,7 +77,7 @@ private:
     bool assembleProfile(JOCTET** profile, unsigned* size);
     bool computeScaledSizes(int denominator);
     bool startFromFirstScans();
-    bool areMeansEnough();
+    bool areMeansEnough(int maxPixelSize);
     bool hasMeans() const;
     bool isFrame() const;
     JpegComponent component(const jpeg_component_info& info) const;

@@ -97,7 +97,7 @@ Result<QImage> decodeJpeg(ReadOnlyFile& file, int maxPixelSize, const Task& task
             return QImage();
         }
     }
-    if (!jpeg->start(howToShow.denominator)) {
+    if (!jpeg->start(howToShow.denominator, maxPixelSize)) {
         return QImage();
     }
     return show(*jpeg, jpeg->scaledSize(), howToShow, file, task, team);

@@ -22,6 +22,9 @@ constexpr quint64 hasEndedShift = 7;
 // This bit comes about where the codes reach the last coefficient or go on beyond it: some may be of the next block.
 constexpr quint64 lookAtEachCode = 0x40;
 
+// In what was found, these lowest bits mark a place where a walk began anew.
+constexpr quint64 brokenHere = 0xff;
+
 // What a table says where it cannot tell.
 constexpr int unknown = blockCoefficients;
 
@@ -30,6 +33,10 @@ constexpr quint64 mostBitsPerStep = HuffmanCode::longestCode + 15;
 
 quint32 positionOf(quint64 state) {
     return static_cast<quint32>(state >> 8);
+}
+
+bool isBreak(quint64 state) {
+    return (state & countMask) == brokenHere;
 }
 
 } // namespace
@@ -122,7 +129,9 @@ BlockScanner::Walk BlockScanner::beginAt(quint64 position, quint64* starts, cons
         const bool isEnd = !isDc && endsBlock(code.symbol);
         const quint32 count = isEnd ? blockCoefficients : walk.count() + (isDc ? 1 : (code.symbol >> 4) + 1U);
         if (code.length == 0 || count > blockCoefficients) {
-            return beginAt(walk.position() + 1, walk.starts, walk.firstPlace);
+            const Walk anew = beginAt(walk.position() + 1, walk.starts, walk.firstPlace);
+            *anew.firstStart |= brokenHere;
+            return anew;
         }
         const bool hasEnded = count == blockCoefficients;
         const quint64 position = walk.position() + code.length + (isEnd ? 0 : code.symbol & 0xfU);
@@ -177,6 +186,7 @@ private:
         quint64 limit = std::numeric_limits<quint64>::max(); // where the walk is to be looked at more closely
         std::size_t restart = 0;                             // the next of the segment's
         std::ptrdiff_t blocksToRestart = 0;                  // from the first
+        std::ptrdiff_t blocksVerified = 0;                   // likewise, up to the restart before
         std::unique_ptr<quint64[]> starts = std::make_unique<quint64[]>(1);
         std::size_t capacity = 1;
     };
@@ -216,6 +226,7 @@ BlockScanner::Walk BlockScanner::Lanes::begin(std::size_t lane) {
     search.restart = 0;
     search.limit = limit(search);
     search.blocksToRestart = std::ptrdiff_t{segment.mcusToRestart} * m_scanner.blocksPerMcu();
+    search.blocksVerified = 0;
     // Each start is a bit further on at least.
     const std::size_t capacity = segment.end - segment.begin + stepsBetweenLooks * mostBitsPerStep + 2;
     if (search.capacity < capacity) {
@@ -236,22 +247,29 @@ BlockScanner::Walk BlockScanner::Lanes::lookClosely(const Walk& walk, std::size_
     return search.restart < search.segment->restarts.size() ? lookForRestart(walk, lane) : finish(walk, lane);
 }
 
-/// The walk has come to where a restart is near, and most likely beyond: then it goes back to that.
+/// The walk has come to where a restart is near, and most likely beyond: then it goes back to that. What it found beyond does
+/// not count, and nor does what it found before where that does not end with the restart.
 BlockScanner::Walk BlockScanner::Lanes::lookForRestart(const Walk& walk, std::size_t lane) {
     Search& search = m_searches[lane];
+    quint64* const first = search.starts.get();
     const quint64 restart = search.segment->restarts[search.restart] * 8;
-    const std::ptrdiff_t blocks = walk.starts - walk.firstStart - 1;
-    const bool isBroken = walk.firstStart != search.starts.get();
-    if (!isBroken && blocks < search.blocksToRestart && walk.position() <= restart) {
+    const bool areEnough = walk.starts - first > search.blocksToRestart;
+    if (!areEnough && walk.position() <= restart) {
         return walk;
     }
-    const quint64 end = blocks < search.blocksToRestart ? 0 : walk.firstStart[search.blocksToRestart] >> 8;
-    if (isBroken || end > restart || end + 8 <= restart) {
-        return finish(walk, lane);
+    Walk verified = walk;
+    verified.firstStart = first;
+    verified.starts = first + search.blocksVerified + 1;
+    quint64* const end = first + search.blocksToRestart;
+    const bool isBroken =
+        !areEnough || (walk.firstStart != first && std::any_of(verified.starts, end + 1, &isBreak));
+    if (isBroken || positionOf(*end) > restart || positionOf(*end) + 8 <= restart) {
+        return finish(verified, lane);
     }
-    Walk next = beginAt(restart, walk.firstStart + search.blocksToRestart, m_scanner.m_places.data());
-    next.firstStart = walk.firstStart;
+    Walk next = beginAt(restart, end, m_scanner.m_places.data());
+    next.firstStart = first;
     ++search.restart;
+    search.blocksVerified = search.blocksToRestart;
     search.blocksToRestart += std::ptrdiff_t{m_scanner.m_restartInterval} * m_scanner.blocksPerMcu();
     search.limit = limit(search);
     return next.position() >= search.segment->end ? finish(next, lane) : next;

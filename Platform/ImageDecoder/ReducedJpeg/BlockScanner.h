@@ -13,9 +13,6 @@
 
 namespace Platform {
 
-/// The most blocks that an MCU may have (T.81, B.2.3).
-inline constexpr int mostBlocksPerMcu = 10;
-
 /// A piece of a scan in which MCUs are looked for. Positions are in bits from the start of the window.
 struct ScanSegment {
     quint64 begin = 0; ///< where the search begins; the start of an MCU where that is known

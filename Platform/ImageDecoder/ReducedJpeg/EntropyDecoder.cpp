@@ -96,7 +96,8 @@ void EntropyDecoder::cutWindow() {
             while (end < restarts.size() && restarts[end] * 8 <= begin + length) {
                 ++end;
             }
-            if (restarts[next] * 8 > begin + 2 * length) {
+            // To search even a long interval from its known beginning saves the joining.
+            if (restarts[next] * 8 > begin + 6 * length) {
                 cutInterval(begin, restarts[next] * 8);
             } else {
                 m_segments.push_back(

@@ -13,7 +13,7 @@ int blocks(int pixels, int factor) {
 
 } // namespace
 
-bool isLargePhoto(QSize size) {
+bool JpegFrame::isLarge() const {
     constexpr qint64 pixels = 4'000'000;
     return static_cast<qint64>(size.width()) * size.height() > pixels;
 }
@@ -40,6 +40,10 @@ int JpegFrame::blocksPerMcu() const {
         count += component.horizontalFactor * component.verticalFactor;
     }
     return count;
+}
+
+bool JpegFrame::isDecodable() const {
+    return blocksPerMcu() <= mostBlocksPerMcu && hasWholeRatios();
 }
 
 bool JpegFrame::hasWholeRatios() const {

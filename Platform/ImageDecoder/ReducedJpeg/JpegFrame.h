@@ -14,16 +14,14 @@ namespace Platform {
 inline constexpr int dctSize = 8; ///< rows and columns of a block
 inline constexpr int blockCoefficients = 64;
 
+/// The most blocks that an MCU may have (T.81, B.2.3).
+inline constexpr int mostBlocksPerMcu = 10;
+
 /// A Huffman code, as a DHT segment gives it (T.81, B.2.4.2).
 struct HuffmanSpecification {
     std::array<quint8, 16> counts{};   ///< how many codes there are of each length from 1 to 16 bits
     std::array<quint8, 256> symbols{}; ///< in the order of their codes
-
-    friend bool operator==(const HuffmanSpecification&, const HuffmanSpecification&) = default;
 };
-
-/// Whether a photo has so many pixels that decoding it takes noticeable time.
-bool isLargePhoto(QSize size);
 
 struct JpegComponent {
     int horizontalFactor = 1;                            ///< blocks across in an MCU
@@ -48,16 +46,20 @@ struct JpegFrame {
     int scaledBlockSize = 1; ///< of the component with the most blocks: eighths of the size that come out
     QSize scaledSize;
 
-    bool isLarge() const { return isLargePhoto(size); }
+    /// Whether it has so many pixels that decoding it takes noticeable time.
+    bool isLarge() const;
 
     int maximumHorizontalFactor() const;
     int maximumVerticalFactor() const;
     int mcusPerRow() const;
     int mcuRows() const;
-    int blocksPerMcu() const;
 
-    /// Whether each pixel of a component stands for a whole number of the picture's, across and down. T.81 does not ask for
-    /// it, but libjpeg does.
+    /// What libjpeg asks for only when it begins to decode: that an MCU has no more blocks than it may, and that each pixel
+    /// of a component stands for a whole number of the picture's, across and down.
+    bool isDecodable() const;
+
+private:
+    int blocksPerMcu() const;
     bool hasWholeRatios() const;
 };
 

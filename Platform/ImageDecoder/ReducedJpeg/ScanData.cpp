@@ -30,7 +30,7 @@ void ScanData::stage(std::size_t size) {
 }
 
 bool ScanData::endsWithWindow() {
-    constexpr std::size_t aMarker = 64;
+    constexpr std::size_t aMarker = 4096;
     while (!m_hasEnded && !m_hasBroken && m_stagedSize == 0 && m_stagedRestarts.empty()) {
         stage(aMarker);
     }

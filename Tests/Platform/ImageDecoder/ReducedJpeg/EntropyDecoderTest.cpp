@@ -4,9 +4,11 @@
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
+#include <QPainter>
 #include <QTest>
 #include <QtEndian>
 
+#include <random>
 #include <vector>
 
 using namespace Platform;
@@ -66,6 +68,22 @@ QByteArray nameOf(QSize size) {
     return QByteArray::number(size.width()) + "x" + QByteArray::number(size.height());
 }
 
+/// Squares of eight pixels, each a little brighter or darker than the one before.
+QImage randomSteps(QSize size, std::minstd_rand& random) {
+    QImage picture(size, QImage::Format_RGB32);
+    QPainter painter(&picture);
+    const auto most = static_cast<int>(random() % 40) + 1;
+    int level = 128;
+    for (int y = 0; y < size.height(); y += 8) {
+        for (int x = 0; x < size.width(); x += 8) {
+            const auto step = static_cast<int>(random() % (2 * static_cast<unsigned>(most) + 1)) - most;
+            level = std::clamp(level + step, 0, 255);
+            painter.fillRect(x, y, 8, 8, QColor(level, level, level));
+        }
+    }
+    return picture;
+}
+
 /// One colour, so that with codes of its own each block takes two bits.
 QByteArray fileOfTinyMcus() {
     JpegOptions options;
@@ -118,6 +136,7 @@ class EntropyDecoderTest : public QObject {
 private slots:
     void theCoefficientsAreThoseOfTheLibrary_data();
     void theCoefficientsAreThoseOfTheLibrary();
+    void shortRestartIntervalsAreFoundOneByOne();
     void aWindowMayEndAnywhere_data();
     void aWindowMayEndAnywhere();
     void damagedRestartsAreNotFinished_data();
@@ -127,7 +146,7 @@ private slots:
     void changedDataAreNeverFinishedWithOtherCoefficients();
     void moreDataThanThePictureTakesAreNotFinished();
     void aScanOfSomeBitsOnlyIsNotTaken();
-    void factorsThatDoNotDivideEachOtherAreNotTaken();
+    void factorsThatAreNotAllowedAreNotTaken();
     void aProgressiveOrArithmeticFileIsNotTaken();
 
 private:
@@ -156,6 +175,12 @@ void EntropyDecoderTest::addSizesAndSamplings() {
         {{2, 1}, {2, 1}, {2, 1}}, {{3, 1}, {1, 1}, {3, 1}}};
     const std::vector<QSize> sizes = {{1, 1}, {129, 64}, {7, 40}, {8, 8}, {33, 9}, {100, 1}, {16, 17},
         {1, 97}, {64, 48}, {31, 129}, {17, 16}, {90, 70}};
+    for (int side = 1; side <= 129; ++side) {
+        const Factors& factors = samplings[static_cast<std::size_t>(side) % samplings.size()];
+        const QSize size(side, 130 - side);
+        QTest::newRow(nameOf(factors) + " and " + nameOf(size))
+            << jpegFile(landscape(size), withFactors(factors));
+    }
     std::size_t next = 0;
     for (const Factors& factors : samplings) {
         for (int i = 0; i < 4; ++i) {
@@ -248,6 +273,29 @@ void EntropyDecoderTest::theCoefficientsAreThoseOfTheLibrary() {
         QVERIFY2(comparison.difference.isEmpty(), nameOf(way) + comparison.difference.toUtf8());
         QVERIFY2(comparison.isTaken, nameOf(way) + "not taken");
         QVERIFY2(comparison.isFinished, nameOf(way) + "not finished");
+    }
+}
+
+/// Blocks of a few bits, so that a search is far beyond a restart when it looks for it.
+void EntropyDecoderTest::shortRestartIntervalsAreFoundOneByOne() {
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        std::minstd_rand random(seed + 1);
+        const auto upTo = [&random](unsigned most) { return static_cast<int>(random() % most) + 1; };
+        JpegOptions options;
+        options.colors = seed % 3 == 0 ? JpegOptions::Colors::YCbCr : JpegOptions::Colors::Grey;
+        options.isSubsampled = seed % 2 == 0;
+        options.hasOptimisedCodes = true;
+        options.quality = upTo(30);
+        options.restartInterval = upTo(4);
+        const QSize size(upTo(400), upTo(200));
+        const QByteArray file = jpegFile(randomSteps(size, random), options);
+        LibraryCoefficients library(file);
+        const FileURL photo = m_folder.write("photo.jpg", file);
+        for (const DecodingWay& way : {DecodingWay{8, 1, {}}, DecodingWay{8, 2, cut(300, 40, 1000)}}) {
+            const Comparison comparison = decodeBeside(library, photo, way);
+            QVERIFY2(comparison.isFinished && comparison.difference.isEmpty(),
+                QByteArray::number(seed) + ": " + comparison.difference.toUtf8());
+        }
     }
 }
 
@@ -390,7 +438,7 @@ void EntropyDecoderTest::aScanOfSomeBitsOnlyIsNotTaken() {
     QVERIFY(isRefused(m_folder.write("photo.jpg", file)));
 }
 
-void EntropyDecoderTest::factorsThatDoNotDivideEachOtherAreNotTaken() {
+void EntropyDecoderTest::factorsThatAreNotAllowedAreNotTaken() {
     const auto refusesThird = [&](const Factors& factors, char third) {
         QByteArray file = jpegFile(landscape(QSize(90, 60)), withFactors(factors));
         constexpr int thirdFactors = 17; // in a frame's segment
@@ -398,6 +446,8 @@ void EntropyDecoderTest::factorsThatDoNotDivideEachOtherAreNotTaken() {
         return isRefused(m_folder.write("photo.jpg", file));
     };
     const Factors wide{{4, 1}, {1, 1}, {1, 1}};
+    QVERIFY(!refusesThird({{2, 2}, {2, 2}, {1, 1}}, 0x12));
+    QVERIFY(refusesThird({{2, 2}, {2, 2}, {1, 1}}, 0x22)); // twelve blocks in an MCU
     const Factors tall{{1, 4}, {1, 1}, {1, 1}};
     QVERIFY(!refusesThird(wide, 0x21));
     QVERIFY(refusesThird(wide, 0x31));

@@ -86,7 +86,7 @@ QImage libraryPicture(const FileURL& url, int maxPixelSize) {
     const auto pixels = jpeg.components() == JpegDecompressor::Components::Grey ? ColorTransform::Pixels::Grey
                                                                                 : ColorTransform::Pixels::Rgb;
     const ColorTransform colors(pixels, jpeg.iccProfile(), exif.isAdobeRgb);
-    if (!jpeg.start(denominator)) {
+    if (!jpeg.start(denominator, 0)) {
         return {};
     }
     const StoredPicture picture{jpeg, jpeg.scaledSize(), QSizeF(jpeg.size()) / denominator, exif.orientation};
