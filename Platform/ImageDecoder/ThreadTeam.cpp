@@ -24,20 +24,24 @@ cpu_set_t allowedCores() {
     return cores;
 }
 
-/// Waits until the value is another. To be woken takes longer than most waits of a team at work, so it is looked at for a
-/// while first, without sleep.
-void waitForChange(const std::atomic<int>& value, int old) {
+/// Waits until the value is such a one, and gives it. To be woken takes longer than most waits of a team at work, so it is
+/// looked at for a while first, without sleep.
+template <typename IsSuch>
+quint32 waitFor(const std::atomic<quint32>& value, const IsSuch& isSuch) {
     constexpr std::chrono::microseconds patience{300};
     const auto end = std::chrono::steady_clock::now() + patience;
+    quint32 now = value;
     do {
-        for (int i = 0; i < 64; ++i) {
-            if (value != old) {
-                return;
-            }
+        for (int i = 0; i < 64 && !isSuch(now); ++i) {
             pause();
+            now = value;
         }
-    } while (std::chrono::steady_clock::now() < end);
-    value.wait(old);
+    } while (!isSuch(now) && std::chrono::steady_clock::now() < end);
+    while (!isSuch(now)) {
+        value.wait(now);
+        now = value;
+    }
+    return now;
 }
 
 } // namespace
@@ -71,8 +75,8 @@ ThreadTeam::ThreadTeam(int size) : m_cores(allowedCores()) {
 
 ThreadTeam::~ThreadTeam() {
     m_isEnding = true;
-    ++m_piece;
-    m_piece.notify_all();
+    m_door += onePiece;
+    m_door.notify_all();
     for (const pthread_t helper : m_helpers) {
         pthread_join(helper, nullptr);
     }
@@ -87,35 +91,31 @@ void* ThreadTeam::begin(void* team) {
 
 void ThreadTeam::run(const std::function<void()>& body) {
     m_body = &body;
-    m_door = isOpen;
-    ++m_piece;
-    m_piece.notify_all();
+    m_door += onePiece | isOpen;
+    m_door.notify_all();
     body();
-    for (int inside = m_door &= ~isOpen; inside > 0; inside = m_door) {
-        waitForChange(m_door, inside);
-    }
+    m_door &= ~isOpen;
+    waitFor(m_door, [](quint32 door) { return (door & insideMask) == 0; });
 }
 
 void ThreadTeam::help() {
-    int piece = 0;
+    quint32 piece = 0;
     while (true) {
-        waitForChange(m_piece, piece);
-        piece = m_piece;
+        piece = waitFor(m_door, [piece](quint32 door) { return (door & pieceMask) != piece; }) & pieceMask;
         if (m_isEnding) {
             return;
         }
-        if (enterPiece()) {
-            piece = m_piece; // it may have become another before the door
+        if (enter(piece)) {
             (*m_body)();
-            leavePiece();
+            leave();
         }
     }
 }
 
 /// False where the piece has ended without this helper.
-bool ThreadTeam::enterPiece() {
-    int door = m_door;
-    while ((door & isOpen) != 0) {
+bool ThreadTeam::enter(quint32 piece) {
+    quint32 door = m_door;
+    while ((door & pieceMask) == piece && (door & isOpen) != 0) {
         if (m_door.compare_exchange_weak(door, door + oneInside)) {
             return true;
         }
@@ -123,9 +123,10 @@ bool ThreadTeam::enterPiece() {
     return false;
 }
 
-void ThreadTeam::leavePiece() {
-    if ((m_door -= oneInside) == 0) {
-        m_door.notify_one();
+void ThreadTeam::leave() {
+    const quint32 door = m_door -= oneInside;
+    if ((door & (insideMask | isOpen)) == 0) {
+        m_door.notify_all();
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtGlobal>
+
 #include <pthread.h>
 #include <sched.h>
 
@@ -13,7 +15,7 @@ namespace Platform {
 /// live as long as this object. Between two pieces the helpers sleep. Used by one thread.
 class ThreadTeam {
 public:
-    /// The processor cores that this process may use.
+    /// The processor cores that the calling thread may use.
     static int availableCores();
 
     /// @param size  members in all, the caller included; fewer where the system gives no more threads
@@ -24,8 +26,8 @@ public:
 
     int size() const { return static_cast<int>(m_helpers.size()) + 1; }
 
-    /// Calls body() on the calling thread, and on each helper that comes while it runs there; returns when all of them have
-    /// returned. Nobody waits for a helper that the system does not let run: the calling thread alone must be able to do
+    /// Calls body() on the calling thread, and once on each helper that comes while it runs there; returns when all of them
+    /// have returned. Nobody waits for a helper that the system does not let run: the calling thread alone must be able to do
     /// all of the work.
     void run(const std::function<void()>& body);
 
@@ -46,19 +48,23 @@ public:
     }
 
 private:
-    static constexpr int isOpen = 1;
-    static constexpr int oneInside = 2;
+    // The parts of m_door.
+    static constexpr quint32 isOpen = 1; ///< to helpers
+    static constexpr quint32 oneInside = 2;
+    static constexpr quint32 insideMask = 0xffe;
+    static constexpr quint32 onePiece = 0x1000;
+    static constexpr quint32 pieceMask = ~(isOpen | insideMask);
 
     static void* begin(void* team);
     void help();
-    bool enterPiece();
-    void leavePiece();
+    bool enter(quint32 piece);
+    void leave();
 
     const std::function<void()>* m_body = nullptr;
-    std::atomic<int> m_piece = 0; // counts the pieces of work
-    std::atomic<int> m_door = 0;  // whether helpers may still enter the latest, and how many are inside
+    std::atomic<quint32> m_door =
+        0; // to the latest piece of work: its number, helpers inside, and whether more may enter
     std::atomic<bool> m_isEnding = false;
-    cpu_set_t m_cores; // that this process may use
+    cpu_set_t m_cores; // that the calling thread may use
     std::vector<pthread_t> m_helpers;
 };
 
