@@ -133,11 +133,31 @@ RowResampler::RowResampler(RowSource& source, QSize size, QSizeF extent, QSize r
     : m_source(source),
       m_team(team),
       m_width(size.width()),
-      m_height(size.height()),
       m_across(size.width(), extent.width(), reduced.width()),
       m_down(size.height(), extent.height(), reduced.height()) {}
 
 int RowResampler::readRows(uchar* rows, qsizetype bytesPerLine, int count) {
+    int written = 0;
+    while (written < count) {
+        const int wanted = std::min(count - written, rowsAtATime());
+        const int more = writeRows(rows + written * bytesPerLine, bytesPerLine, wanted);
+        written += more;
+        if (more < wanted) {
+            break;
+        }
+    }
+    return written;
+}
+
+/// As many as there is work to share in, but where they are made of very many old ones, fewer.
+int RowResampler::rowsAtATime() const {
+    constexpr qint64 bytes = qint64{4} << 20;
+    const int pitch =
+        m_down.first.back() / std::ssize(m_down.first) + 1; // old rows from one new row to the next
+    return static_cast<int>(std::max<qint64>(bytes / (qint64{m_width} * bytesPerPixel * pitch), 1));
+}
+
+int RowResampler::writeRows(uchar* rows, qsizetype bytesPerLine, int count) {
     const int ready = readFor(std::min(count, static_cast<int>(m_down.first.size()) - m_rowsWritten));
     m_team.forEach((ready + rowsPerShare - 1) / rowsPerShare, [&](int share) {
         std::vector<float> column(static_cast<std::size_t>(m_width) * bytesPerPixel);

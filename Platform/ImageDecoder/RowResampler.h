@@ -12,7 +12,7 @@ namespace Platform {
 
 /// Reduces a picture row by row, as its rows come in. Each direction is filtered by the Catmull-Rom cubic
 /// (Keys, "Cubic Convolution Interpolation for Digital Image Processing", 1981, a = -1/2), stretched by the
-/// ratio of the sizes so that nothing finer than the new pixels is left to alias.
+/// ratio of the sizes so that nothing finer than the new pixels is left to alias. Used by one thread.
 class RowResampler final : public RowSource {
 public:
     /// @param source   rows of the picture; it outlives this object
@@ -35,6 +35,8 @@ private:
         std::vector<float> weights; ///< for each new pixel, taps weights of sum 1
     };
 
+    int rowsAtATime() const;
+    int writeRows(uchar* rows, qsizetype bytesPerLine, int count);
     int readFor(int count);
     void filterColumns(int reducedRow, std::vector<float>& column) const;
     void filterRow(const std::vector<float>& column, uchar* row) const;
@@ -42,7 +44,6 @@ private:
     RowSource& m_source;
     ThreadTeam& m_team;
     const int m_width;
-    const int m_height;
     const Filter m_across;
     const Filter m_down;
     std::vector<uchar> m_rows; // of the source, from m_firstRow on up to m_rowsRead
