@@ -1,6 +1,8 @@
 #include "Platform/WorkerPool.h"
 
 #include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -25,7 +27,10 @@ struct Job {
 /// thread counts as free.
 void becomeIdle() {
     const sched_param parameters{};
-    sched_setscheduler(0, SCHED_IDLE, &parameters);
+    if (sched_setscheduler(0, SCHED_IDLE, &parameters) != 0) {
+        constexpr int nicest = 19;
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), nicest); // of this thread alone
+    }
 }
 
 } // namespace

@@ -12,8 +12,8 @@ namespace Platform {
 ///
 /// @param maxPixelSize  the longer side of the result in pixels, exactly, where the photo's is longer; 0: no
 ///                      bound. A photo is never enlarged.
-/// @param task          looked at while decoding; once it is cancelled the decode ends within 10 ms with an
-///                      error that nobody needs to read.
+/// @param task          looked at while decoding; once it is cancelled the decode ends within a few
+///                      milliseconds with an error that nobody needs to read.
 /// @return the picture, its size in points its size in pixels, its halves made (Image::levels); a damaged file
 ///         gives what can be decoded of it; an error where nothing can.
 ///

@@ -9,9 +9,10 @@
 
 namespace Platform {
 
-/// Decodes a JPEG file, scaled down as far as that goes while decoding.
+/// Decodes a JPEG file, scaled down as far as that goes while decoding. Blocking; any thread.
 ///
-/// @param file  at its start
+/// @param file          at its start
+/// @param maxPixelSize  the longer side of the result in pixels at most; 0: no bound
 /// @param team  shares the work
 /// @return the picture as decodeImage() gives it; null where libjpeg finds none in the file or the task was
 ///         cancelled; an error for too large a picture or too little memory

@@ -33,10 +33,10 @@ using FourFloats [[gnu::vector_size(4 * sizeof(float))]] = float;
 #endif
 }
 
-/// Their whole parts, at least 0 and at most 255. They are to be within 31 bits.
+/// Their whole parts, at least 0 and at most 255.
 [[gnu::always_inline]] inline quint32 levelsOf(FourFloats values) {
 #if defined(__SSE2__)
-    const __m128i integers = _mm_cvttps_epi32(values);
+    const __m128i integers = _mm_cvttps_epi32(_mm_min_ps(values, _mm_set1_ps(255.0F)));
     const __m128i shorts = _mm_packs_epi32(integers, integers);
     return static_cast<quint32>(_mm_cvtsi128_si32(_mm_packus_epi16(shorts, shorts)));
 #else

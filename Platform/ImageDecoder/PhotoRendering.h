@@ -20,20 +20,20 @@ inline constexpr qint64 maximumPixels = 512'000'000;
 /// Whether a picture has more pixels than maximumPixels.
 bool isTooLarge(QSize size);
 
-/// The size at which a picture is shown: the longer side at most maxPixelSize (0: as it is), the shorter in
+/// The size at which a picture is shown: the longer side at most maxPixelSize pixels (0: as it is), the shorter in
 /// proportion, rounded, at least 1. Never larger than size.
 QSize fittedSize(QSize size, int maxPixelSize);
 
 /// A stored picture, decoded but neither reduced nor in sRGB nor upright.
 struct StoredPicture {
     RowSource& rows;
-    QSize size;    ///< of the rows, in pixels
-    QSizeF extent; ///< the part of them that is the picture proper: RowResampler
-    int orientation;
+    QSize size;      ///< of the rows, in pixels
+    QSizeF extent;   ///< the part of them that is the picture proper: RowResampler
+    int orientation; ///< 1 to 8, as EXIF numbers them
 };
 
 /// Reduces the picture to the given size as stored, and turns its colours into sRGB and itself upright, in
-/// bands of rows; ends early once the task is cancelled.
+/// bands of rows; ends early once the task is cancelled. Blocking; any thread.
 ///
 /// @param name  of the file, in bytes
 /// @param team  shares the work

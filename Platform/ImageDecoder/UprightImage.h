@@ -8,7 +8,7 @@
 namespace Platform {
 
 /// A picture that is filled from the top row of the stored picture down, in bands of rows, and turned upright
-/// on the way, so that there is never a second copy of it.
+/// on the way, so that there is never a second copy of it. Used by one thread.
 class UprightImage {
 public:
     /// Where the rows of a band are to be written.

@@ -27,7 +27,7 @@ public:
         int valuesPerBand = 256 * 1024; ///< more only where a row of MCUs has more
     };
 
-    static constexpr std::size_t readableBeyond = 8;
+    static constexpr std::size_t readableBeyond = 8; ///< values behind those of a band
 
     /// Rows of MCUs with their coefficients.
     struct Band {

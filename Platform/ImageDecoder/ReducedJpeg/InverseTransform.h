@@ -15,19 +15,19 @@ namespace Platform {
 class InverseTransform {
 public:
     /// Values are read four at a time: so many more must be readable after the last block's.
-    static constexpr int readableBeyond = 3;
+    static constexpr std::size_t readableBeyond = 3;
 
     /// @param isLarge  as the coefficients were decoded: JpegFrame::isLarge()
     InverseTransform(const JpegComponent& component, bool isLarge);
 
     /// Blocks of a component side by side.
     struct Blocks {
-        const qint16* values; ///< of the first block: KeptCoefficients
-        std::ptrdiff_t valuesStep;
-        uchar* pixels; ///< of the first block: scaledBlockSize rows of as many bytes
-        std::ptrdiff_t pixelsStep;
+        const qint16* values;      ///< of the first block: KeptCoefficients
+        std::ptrdiff_t valuesStep; ///< values from one block's to the next one's
+        uchar* pixels;             ///< of the first block: scaledBlockSize rows of as many bytes
+        std::ptrdiff_t pixelsStep; ///< bytes from one block's to the next one's in the same row
         std::ptrdiff_t bytesPerLine;
-        std::ptrdiff_t count;
+        std::ptrdiff_t count; ///< of the blocks
     };
 
     void apply(const Blocks& blocks) const;

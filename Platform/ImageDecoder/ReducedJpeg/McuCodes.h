@@ -8,7 +8,7 @@
 
 namespace Platform {
 
-/// What the blocks of an MCU are coded with, in the order of the scan.
+/// What the blocks of an MCU are coded with, in the order of the scan. Immutable; any thread.
 class McuCodes {
 public:
     struct Component {

@@ -10,6 +10,8 @@ namespace {
 // Few enough for all threads to have some, and enough for the handing out not to count.
 constexpr int rowsPerShare = 4;
 
+static_assert(InverseTransform::readableBeyond <= EntropyDecoder::readableBeyond);
+
 } // namespace
 
 ReducedJpeg::ReducedJpeg(const JpegFrame& frame, const McuCodes& codes, ScanData::Read read, ThreadTeam& team,

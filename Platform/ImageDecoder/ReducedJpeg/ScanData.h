@@ -10,7 +10,7 @@
 namespace Platform {
 
 /// The entropy-coded data of a scan as one stream of bits, read on as it is used up: without the zeros that are stuffed
-/// after each byte 0xff, and without the restart markers, whose places are noted. A window of it is in memory at a time.
+/// after each byte 0xff, and without the restart markers, whose places are noted. A window of it is in memory at a time. Used by one thread, but for stage().
 class ScanData {
 public:
     /// Reads on into the buffer; gives the number of bytes, 0 at the end of the file only.
