@@ -152,8 +152,8 @@ int RowResampler::readRows(uchar* rows, qsizetype bytesPerLine, int count) {
 /// As many as there is work to share in, but where they are made of very many old ones, fewer.
 int RowResampler::rowsAtATime() const {
     constexpr qint64 bytes = qint64{4} << 20;
-    const int pitch =
-        m_down.first.back() / std::ssize(m_down.first) + 1; // old rows from one new row to the next
+    const auto rows = static_cast<int>(m_down.first.size());
+    const int pitch = m_down.first.back() / rows + 1; // old rows from one new row to the next
     return static_cast<int>(std::max<qint64>(bytes / (qint64{m_width} * bytesPerPixel * pitch), 1));
 }
 
