@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+
+/// The calls to the operating system that file operations make, those of one purpose together.
+enum class SystemCall : std::uint32_t {
+    Open,
+    Read,
+    Write,
+    Sync,
+    Rename,
+    Link,
+    Unlink,
+    MakeFolder,
+    Status,
+    OpenFolder,
+    ReadFolder,
+    Close
+};
+inline constexpr int systemCallKinds = 12;
+
+constexpr std::uint32_t maskOf(SystemCall call) {
+    return std::uint32_t{1} << static_cast<std::uint32_t>(call);
+}
+inline constexpr std::uint32_t allSystemCalls = (std::uint32_t{1} << systemCallKinds) - 1;
+
+/// What is to happen at one of the calls that a thread makes.
+struct FaultPlan {
+    enum class Action {
+        Fail,       ///< the call does nothing and fails with the error
+        Shorten,    ///< a read or write does one byte only
+        KillBefore, ///< the process is killed instead of it
+        KillAfter,  ///< or as soon as it is done
+    };
+
+    std::uint32_t calls = allSystemCalls; ///< those that count
+    int atCall = 0;                       ///< which of them, from 1
+    Action action = Action::Fail;
+    int error = 0; ///< an errno
+
+    int counted = 0;          ///< of the calls so far
+    bool hasHappened = false; ///< whether the call came
+};
+
+/// Follows the plan for the calls of this thread from now on; null: none any more. The plan outlives that. To be had only where
+/// the library of that name is preloaded.
+extern "C" [[gnu::weak]] void injectFault(FaultPlan* plan);
