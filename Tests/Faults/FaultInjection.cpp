@@ -74,7 +74,7 @@ void injectFault(FaultPlan* newPlan) {
 
 // Each function once for its plain name and once for the name with which programs call it that are built for large files: both
 // are one on 64-bit systems, yet have two names.
-#define BOTH(FUNCTION) FUNCTION() FUNCTION(64) // NOLINT(bugprone-macro-parentheses): they are definitions
+#define BOTH(FUNCTION) FUNCTION() FUNCTION(64)
 
 extern "C" {
 
@@ -121,11 +121,13 @@ BOTH(OPEN)
     }
 BOTH(STATUS)
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the macro is a definition
 #define READ_FOLDER(SUFFIX)                                                                                  \
     dirent##SUFFIX* readdir##SUFFIX(DIR* folder) {                                                           \
         return make(SystemCall::ReadFolder, static_cast<dirent##SUFFIX*>(nullptr),                           \
             [&] { return forward<dirent##SUFFIX*(DIR*)>("readdir" #SUFFIX, folder); });                      \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 BOTH(READ_FOLDER)
 
 int statx(int folder, const char* name, int flags, unsigned mask, struct statx* status) noexcept {
