@@ -18,9 +18,9 @@
 
 namespace Platform {
 
-/// libjpeg over a file. Blocking; used by one thread. A damaged or truncated file gives its rows as far as the library can make anything of
+/// libjpeg over a file. A damaged or truncated file gives its rows as far as the library can make anything of
 /// them. Each method that may fail does so, too, once the task is cancelled; after a failure nothing more can
-/// be decoded.
+/// be decoded. Blocking; used by one thread.
 class JpegDecompressor final : public RowSource {
 public:
     enum class Components { Grey, Rgb, Cmyk };

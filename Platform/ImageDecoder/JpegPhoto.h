@@ -13,7 +13,7 @@ namespace Platform {
 ///
 /// @param file          at its start
 /// @param maxPixelSize  the longer side of the result in pixels at most; 0: no bound
-/// @param team  shares the work
+/// @param team          shares the work
 /// @return the picture as decodeImage() gives it; null where libjpeg finds none in the file or the task was
 ///         cancelled; an error for too large a picture or too little memory
 Result<QImage> decodeJpeg(ReadOnlyFile& file, int maxPixelSize, const Task& task, ThreadTeam& team);

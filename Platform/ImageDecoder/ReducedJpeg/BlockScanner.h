@@ -67,8 +67,7 @@ private:
 
     // A search under way: few and small variables, since four of them are to fit into the registers of a processor.
     struct Walk {
-        quint64
-            state; // the position, and in the lowest eight bits how many coefficients of the block are to come
+        quint64 state; // the position, and in the lowest eight bits how many coefficients have come
         const Place* place;
         quint64* starts;     // where the state at the beginning of the next block is to be written
         quint64* firstStart; // the first that counts
