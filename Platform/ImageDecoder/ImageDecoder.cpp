@@ -6,6 +6,8 @@
 #include "Platform/ImageDecoder/ThreadTeam.h"
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 namespace Platform {
 
@@ -38,14 +40,15 @@ int teamSize(qint64 fileSize) {
 } // namespace
 
 Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task) {
-    Result<ReadOnlyFile> file = ReadOnlyFile::open(url);
-    if (!file) {
-        return file.error();
+    Result<ReadOnlyFile> opened = ReadOnlyFile::open(url);
+    if (!opened) {
+        return opened.error();
     }
+    const auto file = std::make_shared<ReadOnlyFile>(std::move(*opened));
     ThreadTeam team(teamSize(file->size()));
     Result<QImage> pixels = decodeJpeg(*file, maxPixelSize, task, team);
     if (pixels && pixels->isNull() && !task.isCancelled() && file->errorCode() == 0) {
-        pixels = decodeOther(*file, maxPixelSize, task, team);
+        pixels = decodeOther(file, maxPixelSize, task, team);
     }
     if (!pixels) {
         return pixels.error();

@@ -1,5 +1,6 @@
 #include "Platform/ImageDecoder/OtherPhoto.h"
 
+#include "Platform/ImageDecoder/AbandonableThread.h"
 #include "Platform/ImageDecoder/PhotoRendering.h"
 
 #include <QColorSpace>
@@ -10,10 +11,21 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <optional>
+#include <utility>
 
 namespace Platform {
 
 namespace {
+
+/// The most that a plugin may take for its picture, which it gives whole: 268 megapixels of 4 bytes.
+constexpr qint64 maximumPictureBytes = qint64{1} << 30;
+
+/// Some plugins read all of a file into memory before they look at it.
+constexpr qint64 maximumFileBytes = qint64{1} << 30;
+
+/// Far more than the largest allowed picture takes on a slow machine.
+constexpr std::chrono::seconds maximumProcessorTime{20};
 
 /// A file for Qt to read from. Not a QFile, which a plugin would map into memory; and it ends once the task
 /// is cancelled, so that the plugin ends as well.
@@ -39,45 +51,13 @@ private:
     const Task m_task;
 };
 
-/// The rows of a picture that is already in memory.
-class ImageRows final : public RowSource {
-public:
-    ImageRows(const QImage& image, const Task& task) : m_image(image), m_task(task) {}
-
-    int readRows(uchar* rows, qsizetype bytesPerLine, int count) override {
-        const auto length = static_cast<std::size_t>(m_image.width()) * bytesPerPixel;
-        int row = 0;
-        for (; row < count && m_next < m_image.height() && !m_task.isCancelled(); ++row, ++m_next) {
-            std::memcpy(rows + row * bytesPerLine, m_image.constScanLine(m_next), length);
-        }
-        return row;
-    }
-
-private:
-    const QImage m_image;
-    const Task m_task;
-    int m_next = 0;
+/// What a plugin has read.
+struct PluginPicture {
+    QImage image;        ///< as stored; null where there is none
+    int orientation = 1; ///< 1 to 8, as EXIF numbers them
 };
 
-/// Qt refuses pictures of more than 128 MiB unless told otherwise, for the whole process. Here isTooLarge()
-/// is asked first; what is left to Qt's own limit is a picture whose size it cannot tell before decoding.
-void liftAllocationLimit() {
-    constexpr int mostBytesPerPixel = 8;
-    static const bool isLifted = [] {
-        QImageReader::setAllocationLimit(static_cast<int>(maximumPixels * mostBytesPerPixel >> 20));
-        return true;
-    }();
-    Q_UNUSED(isLifted);
-}
-
-/// Qt's JPEG plugin stands on the library that has already failed. Drawings and documents are no photos, and
-/// how long they take is told by neither their size nor the file's.
-bool isWanted(const QByteArray& format) {
-    constexpr std::array<const char*, 5> unwanted{"jpeg", "jpg", "svg", "svgz", "pdf"};
-    return std::ranges::none_of(unwanted, [&](const char* name) { return format == name; });
-}
-
-/// In QImage::Format_RGB32, transparent parts over black.
+/// A picture in QImage::Format_RGB32, transparent parts over black.
 QImage opaque(QImage image) {
     if (image.hasAlphaChannel()) {
         image.convertTo(QImage::Format_ARGB32_Premultiplied);
@@ -89,29 +69,111 @@ QImage opaque(QImage image) {
     return image;
 }
 
-} // namespace
+/// The rows of a picture that is already in memory, made opaque as they are asked for.
+class ImageRows final : public RowSource {
+public:
+    ImageRows(const QImage& image, const Task& task) : m_image(image), m_task(task) {}
 
-Result<QImage> decodeOther(ReadOnlyFile& file, int maxPixelSize, const Task& task, ThreadTeam& team) {
-    liftAllocationLimit();
+    int readRows(uchar* rows, qsizetype bytesPerLine, int count) override {
+        const auto length = static_cast<std::size_t>(m_image.width()) * bytesPerPixel;
+        count = m_task.isCancelled() ? 0 : std::min(count, m_image.height() - m_next);
+        const QImage band = opaque(m_image.copy(0, m_next, m_image.width(), count));
+        for (int row = 0; row < count; ++row) {
+            std::memcpy(rows + row * bytesPerLine, band.constScanLine(row), length);
+        }
+        m_next += count;
+        return count;
+    }
+
+private:
+    const QImage m_image;
+    const Task m_task;
+    int m_next = 0;
+};
+
+/// Qt's own limit is for the whole process and does for pictures whose size cannot be told before they are decoded.
+void setAllocationLimit() {
+    static const bool isSet = [] {
+        QImageReader::setAllocationLimit(static_cast<int>(maximumPictureBytes >> 20));
+        return true;
+    }();
+    Q_UNUSED(isSet);
+}
+
+/// The formats of pictures that people have under the name of a JPEG file. Everything else that Qt may have plugins for is
+/// foreign code with nothing to gain from it.
+bool isWanted(const QByteArray& format) {
+    constexpr std::array<const char*, 7> wanted{"png", "webp", "gif", "tiff", "bmp", "heif", "heic"};
+    return std::ranges::any_of(wanted, [&](const char* name) { return format == name; });
+}
+
+bool isTooLarge(const QImageReader& reader) {
+    constexpr int usualDepth = 32; // of the formats that do not say
+    const QSize size = reader.size();
+    const QImage::Format format = reader.imageFormat();
+    const int depth =
+        format == QImage::Format_Invalid ? usualDepth : QImage::toPixelFormat(format).bitsPerPixel();
+    const qint64 pixels = static_cast<qint64>(size.width()) * size.height();
+    return Platform::isTooLarge(size) || pixels * depth / 8 > maximumPictureBytes;
+}
+
+int exifOrientation(QImageIOHandler::Transformations transformation) {
+    // As EXIF numbers them, what is to be done to the stored picture.
+    constexpr std::array<int, 8> transformations{QImageIOHandler::TransformationNone,
+        QImageIOHandler::TransformationMirror, QImageIOHandler::TransformationRotate180,
+        QImageIOHandler::TransformationFlip, QImageIOHandler::TransformationFlipAndRotate90,
+        QImageIOHandler::TransformationRotate90, QImageIOHandler::TransformationMirrorAndRotate90,
+        QImageIOHandler::TransformationRotate270};
+    const auto found = std::ranges::find(transformations, transformation.toInt());
+    return found == transformations.end() ? 1 : 1 + static_cast<int>(found - transformations.begin());
+}
+
+/// By the plugin for the format that the content is in.
+Result<PluginPicture> readByPlugin(ReadOnlyFile& file, const Task& task) {
     FileDevice device(file, task);
     QImageReader reader(&device);
     reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(true);
+    reader.setAutoTransform(false);
     if (!device.seek(0) || !isWanted(reader.format())) {
-        return QImage();
+        return PluginPicture();
     }
-    if (isTooLarge(reader.size())) {
+    if (isTooLarge(reader)) {
         return tooLargeError(file.name());
     }
-    QImage image = reader.read();
-    const ColorTransform colors(ColorTransform::Pixels::Rgb, image.colorSpace().iccProfile());
-    image = opaque(std::move(image));
-    if (image.isNull() || task.isCancelled()) {
+    PluginPicture picture;
+    picture.orientation = exifOrientation(reader.transformation());
+    picture.image = reader.read();
+    return picture;
+}
+
+} // namespace
+
+Result<QImage> decodeOther(
+    const std::shared_ptr<ReadOnlyFile>& file, int maxPixelSize, const Task& task, ThreadTeam& team) {
+    if (file->size() > maximumFileBytes) {
+        return QImage();
+    }
+    setAllocationLimit();
+    const auto result = std::make_shared<std::optional<Result<PluginPicture>>>();
+    const auto read = [file, result](const Task& own) { result->emplace(readByPlugin(*file, own)); };
+    if (!runAbandonably(read, task, maximumProcessorTime)) {
+        if (task.isCancelled()) {
+            return QImage();
+        }
+        return Error(QStringLiteral("“%1” takes too long to be decoded.").arg(displayText(file->name())));
+    }
+    const Result<PluginPicture>& picture = **result;
+    if (!picture) {
+        return picture.error();
+    }
+    const QImage& image = picture->image;
+    if (image.isNull()) {
         return QImage();
     }
     ImageRows rows(image, task);
-    const StoredPicture picture{rows, image.size(), QSizeF(image.size()), 1};
-    return render(picture, fittedSize(image.size(), maxPixelSize), colors, file.name(), task, team);
+    const ColorTransform colors(ColorTransform::Pixels::Rgb, image.colorSpace().iccProfile());
+    const StoredPicture stored{rows, image.size(), QSizeF(image.size()), picture->orientation};
+    return render(stored, fittedSize(image.size(), maxPixelSize), colors, file->name(), task, team);
 }
 
 } // namespace Platform

@@ -1,13 +1,18 @@
 #include "Platform/ImageDecoder/ImageDecoder.h"
+#include "Tests/Platform/ImageDecoder/HangingPlugin.h"
 #include "Tests/Support/IccProfile.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <QBuffer>
 #include <QColorSpace>
+#include <QDataStream>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QTest>
+
+#include <filesystem>
+#include <thread>
 
 using Platform::decodeImage;
 
@@ -24,8 +29,14 @@ private slots:
     void greyAndPalettesAreShown();
     void itsProfileIsApplied();
     void aPictureOverQtsOwnLimitIsShown();
+    void itIsTurnedUpright_data();
+    void itIsTurnedUpright();
+    void tooManyPixelsAreRefused_data();
     void tooManyPixelsAreRefused();
-    void aDrawingIsNoPhoto();
+    void tooLargeAFileIsRefused();
+    void whatNobodyHasUnderThatNameIsNoPhoto_data();
+    void whatNobodyHasUnderThatNameIsNoPhoto();
+    void aPluginThatHangsIsAbandonedWithThePhoto();
 
 private:
     QImage decode(const QByteArray& file, int maxPixelSize = 0) const;
@@ -56,6 +67,32 @@ QByteArray animation() {
                                "2c000000000200010000"
                                "02024c0a00" // second colour twice
                                "3b");
+}
+
+/// As PNG has it: the polynomial of IEEE 802.3, lowest bit first.
+quint32 cyclicRedundancyCheck(const QByteArray& bytes) {
+    quint32 check = ~quint32{0};
+    for (const char byte : bytes) {
+        check ^= static_cast<uchar>(byte);
+        for (int bit = 0; bit < 8; ++bit) {
+            check = (check >> 1) ^ ((check & 1) != 0 ? 0xedb88320 : 0);
+        }
+    }
+    return ~check;
+}
+
+/// The header of a PNG file, which says how large its picture is, and the beginning of the pixels.
+QByteArray pngHeader(QSize size, int bits, int colorType) {
+    QByteArray content("IHDR");
+    QDataStream stream(&content, QIODevice::Append);
+    stream << quint32(size.width()) << quint32(size.height()) << quint8(bits) << quint8(colorType);
+    stream << quint8(0) << quint8(0) << quint8(0); // the only methods, not interlaced
+    QByteArray file("\x89PNG\r\n\x1a\n");
+    QDataStream chunk(&file, QIODevice::Append);
+    chunk << quint32(content.size() - 4);
+    chunk.writeRawData(content.constData(), static_cast<int>(content.size()));
+    chunk << cyclicRedundancyCheck(content) << quint32(1000);
+    return file + "IDAT" + QByteArray(1000, '\x55');
 }
 
 } // namespace
@@ -150,15 +187,81 @@ void OtherFormatTest::aPictureOverQtsOwnLimitIsShown() {
     QCOMPARE(decode(file, 200).size(), QSize(200, 143));
 }
 
+void OtherFormatTest::itIsTurnedUpright_data() {
+    QTest::addColumn<int>("transformation");
+    for (int transformation = 0; transformation < 8; ++transformation) {
+        QTest::addRow("%d", transformation) << transformation;
+    }
+}
+
+void OtherFormatTest::itIsTurnedUpright() {
+    QFETCH(int, transformation);
+    QBuffer buffer;
+    buffer.open(QIODevice::ReadWrite);
+    QImageWriter writer(&buffer, "tiff");
+    writer.setTransformation(QImageIOHandler::Transformations(transformation));
+    if (!writer.write(quadrants(QSize(40, 20)))) {
+        QSKIP("Qt has no plugin for this format here");
+    }
+    buffer.seek(0);
+    QImageReader reader(&buffer);
+    reader.setAutoTransform(true);
+    QCOMPARE(decode(buffer.data()), reader.read().convertToFormat(QImage::Format_RGB32));
+}
+
+void OtherFormatTest::tooManyPixelsAreRefused_data() {
+    constexpr int grey = 0;
+    constexpr int colorAndAlpha = 6;
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("more than any camera gives") << pngHeader(QSize(30000, 20000), 1, grey);
+    QTest::newRow("too much memory") << pngHeader(QSize(15000, 10000), 16, colorAndAlpha);
+}
+
 void OtherFormatTest::tooManyPixelsAreRefused() {
-    const auto image = decodeImage(m_folder.write("photo.jpg", "P6\n30000 30000\n255\n\1\2\3"), 200);
+    QFETCH(QByteArray, file);
+    const auto image = decodeImage(m_folder.write("photo.jpg", file), 200);
     QVERIFY(!image);
     QCOMPARE(
         image.error().localizedDescription(), QStringLiteral("“photo.jpg” has too many pixels to be shown."));
 }
 
-void OtherFormatTest::aDrawingIsNoPhoto() {
-    QVERIFY(decode("<svg xmlns='http://www.w3.org/2000/svg' width='10' height='10'/>").isNull());
+void OtherFormatTest::tooLargeAFileIsRefused() {
+    const auto photo = m_folder.write("photo.jpg", encoded(landscape(QSize(160, 120)), "png"));
+    QVERIFY(decodeImage(photo, 200));
+    std::filesystem::resize_file(photo.path(), (std::uintmax_t{1} << 30) + 1);
+    QVERIFY(!decodeImage(photo, 200));
+}
+
+void OtherFormatTest::whatNobodyHasUnderThatNameIsNoPhoto_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("drawing") << QByteArray(
+        "<svg xmlns='http://www.w3.org/2000/svg' width='10' height='10'/>");
+    for (const char* format : {"ppm", "xbm", "ico"}) {
+        QTest::newRow(format) << encoded(landscape(QSize(160, 120)), format);
+    }
+}
+
+void OtherFormatTest::whatNobodyHasUnderThatNameIsNoPhoto() {
+    QFETCH(QByteArray, file);
+    QVERIFY(decode(file).isNull());
+}
+
+void OtherFormatTest::aPluginThatHangsIsAbandonedWithThePhoto() {
+    const auto photo = m_folder.write("photo.jpg", HangingPlugin::signature());
+    const Platform::Task task;
+    std::thread canceller([&task] {
+        while (HangingPlugin::hangingThreads() == 0) {
+        }
+        task.cancel();
+    });
+    const auto image = decodeImage(photo, 200, task);
+    QVERIFY(!image);
+    QCOMPARE(
+        image.error().localizedDescription(), QStringLiteral("The decoding of “photo.jpg” was cancelled."));
+    QCOMPARE(HangingPlugin::hangingThreads(), 1);
+    canceller.join();
+    HangingPlugin::release();
+    QTRY_COMPARE(HangingPlugin::hangingThreads(), 0);
 }
 
 QTEST_GUILESS_MAIN(OtherFormatTest)

@@ -1,0 +1,66 @@
+#include "Platform/ImageDecoder/AbandonableThread.h"
+
+#include <pthread.h>
+#include <sched.h>
+#include <time.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace Platform {
+
+namespace {
+
+// How soon a cancellation is seen, which is a mark that wakes nobody.
+constexpr std::chrono::milliseconds interval{2};
+
+struct Ending {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool hasCome = false;
+};
+
+std::chrono::nanoseconds processorTime(std::thread& thread) {
+    clockid_t clock{};
+    timespec time{};
+    if (pthread_getcpuclockid(thread.native_handle(), &clock) != 0 || clock_gettime(clock, &time) != 0) {
+        return {};
+    }
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+void leaveToItself(std::thread& thread) {
+    const sched_param parameters{};
+    pthread_setschedparam(thread.native_handle(), SCHED_IDLE, &parameters); // where it fails, it costs a core
+    thread.detach();
+}
+
+} // namespace
+
+bool runAbandonably(
+    std::function<void(const Task&)> work, const Task& task, std::chrono::nanoseconds patience) {
+    const auto ending = std::make_shared<Ending>();
+    const Task own;
+    std::thread thread([ending, own, work = std::move(work)] {
+        work(own);
+        const std::lock_guard lock(ending->mutex);
+        ending->hasCome = true;
+        ending->changed.notify_one();
+    });
+    std::unique_lock lock(ending->mutex);
+    while (!ending->changed.wait_for(lock, interval, [&] { return ending->hasCome; })) {
+        if (task.isCancelled() || processorTime(thread) > patience) {
+            own.cancel();
+            leaveToItself(thread);
+            return false;
+        }
+    }
+    lock.unlock();
+    thread.join();
+    return true;
+}
+
+} // namespace Platform

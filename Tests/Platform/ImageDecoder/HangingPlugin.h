@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImageIOPlugin>
+
+/// A plugin for pictures, under the name of a format for which there need be no other here, that does not return from reading
+/// one: a decoder in an endless loop. Made part of the test program by Q_IMPORT_PLUGIN.
+class HangingPlugin : public QImageIOPlugin {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID QImageIOHandlerFactoryInterface_iid FILE "HangingPlugin.json")
+
+public:
+    /// The beginning of the files that are its own.
+    static QByteArray signature() { return "hanging"; }
+
+    /// How many threads are in it now. Any thread.
+    static int hangingThreads();
+
+    /// Lets those that hang return, with nothing read, and does not make any hang any more. Any thread.
+    static void release();
+
+    Capabilities capabilities(QIODevice* device, const QByteArray& format) const override;
+    QImageIOHandler* create(QIODevice* device, const QByteArray& format) const override;
+};
