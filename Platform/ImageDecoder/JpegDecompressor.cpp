@@ -23,6 +23,9 @@ constexpr long maximumCoefficientBytes = 2L << 30;
 constexpr int maximumScans = 500;
 constexpr qint64 maximumScannedPixels = 8'000'000'000;
 
+// The largest profile there can be is a quarter of it. Segments are kept in memory, and nothing else bounds how many there are.
+constexpr qint64 maximumHeaderBytes = qint64{64} << 20;
+
 constexpr int exifMarker = JPEG_APP0 + 1;
 constexpr int iccMarker = JPEG_APP0 + 2;
 constexpr unsigned maximumMarkerLength = 0xffff;
@@ -88,7 +91,11 @@ bool JpegDecompressor::readHeader() {
     m_info.mem->max_memory_to_use = maximumCoefficientBytes;
     jpeg_save_markers(&m_info, exifMarker, maximumMarkerLength);
     jpeg_save_markers(&m_info, iccMarker, maximumMarkerLength);
-    return jpeg_read_header(&m_info, TRUE) == JPEG_HEADER_OK;
+    const bool isRead = jpeg_read_header(&m_info, TRUE) == JPEG_HEADER_OK;
+    m_isHeaderRead = true;
+    jpeg_save_markers(&m_info, exifMarker, 0); // others may stand between the scans
+    jpeg_save_markers(&m_info, iccMarker, 0);
+    return isRead;
 }
 
 QSize JpegDecompressor::size() const {
@@ -307,10 +314,11 @@ bool JpegDecompressor::isBeyondLimits() const {
 
 boolean JpegDecompressor::fillBuffer(j_decompress_ptr info) {
     JpegDecompressor& jpeg = self(info->client_data);
-    if (jpeg.m_task.isCancelled()) {
+    if (jpeg.m_task.isCancelled() || (!jpeg.m_isHeaderRead && jpeg.m_headerBytes > maximumHeaderBytes)) {
         leave(reinterpret_cast<j_common_ptr>(info));
     }
     std::size_t size = jpeg.m_file.read(jpeg.m_buffer.get(), bufferSize);
+    jpeg.m_headerBytes += jpeg.m_isHeaderRead ? 0 : static_cast<qint64>(size);
     if (size == 0) {
         // An end of image in place of what is missing lets the library show what came before.
         jpeg.m_buffer[0] = 0xff;

@@ -29,7 +29,7 @@ public:
     JpegDecompressor(ReadOnlyFile& file, const Task& task);
     ~JpegDecompressor() override;
 
-    /// Reads up to where the picture's data begin. All below may be called after it succeeded.
+    /// Reads up to where the picture's data begin, 64 MiB at most. All below may be called after it succeeded.
     bool readHeader();
 
     /// Size in pixels as stored, before scaling and without regard to the orientation.
@@ -91,6 +91,8 @@ private:
     jpeg_progress_mgr m_progress{};
     jpeg_source_mgr m_source{};
     std::jmp_buf m_leaving{};
+    qint64 m_headerBytes = 0; // read so far; a last buffer of them may hold data, too
+    bool m_isHeaderRead = false;
     bool m_hasGivenData = false;
 };
 

@@ -43,6 +43,7 @@ private slots:
     void moreSidePixelsThanTheFormatAllowsAreRefused();
     void tooManyPixelsAreRefused();
     void tooMuchMemoryForAProgressivePhotoIsRefused();
+    void aLargeHeaderIsReadButNotAnEndlessOne();
     void manyScansAreShownButNotThousands_data();
     void manyScansAreShownButNotThousands();
 
@@ -251,6 +252,14 @@ void UnreadablePhotoTest::tooMuchMemoryForAProgressivePhotoIsRefused() {
     options.isSubsampled = false;
     const QByteArray file = withSize(jpegFile(plain(QSize(20, 10), Qt::red), options), 20000, 20000);
     QVERIFY(!decodeImage(write(file), 200));
+}
+
+void UnreadablePhotoTest::aLargeHeaderIsReadButNotAnEndlessOne() {
+    const QByteArray file = jpegFile(plain(QSize(20, 10), Qt::red));
+    const QByteArray segment = QByteArray("\xff\xe1\xff\xff") + QByteArray(0xffff - 2, 'x');
+    const QByteArray start = file.left(2); // the marker that every file begins with
+    QVERIFY(decodeImage(write(start + segment.repeated(500) + file.mid(2)), 0));
+    QVERIFY(!decodeImage(write(start + segment.repeated(1100) + file.mid(2)), 0));
 }
 
 void UnreadablePhotoTest::manyScansAreShownButNotThousands_data() {
