@@ -2,40 +2,19 @@
 // coefficients must be the same.
 
 #include "Fuzzing/Coefficients.h"
+#include "Fuzzing/MemoryFile.h"
 #include "Platform/ImageDecoder/JpegDecompressor.h"
 #include "Platform/ImageDecoder/ReducedJpeg/KeptCoefficients.h"
 #include "Platform/ImageDecoder/ReducedJpeg/ReducedJpeg.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <csetjmp>
 #include <cstdlib>
-#include <string>
 
 using namespace Platform;
 
 namespace {
 
 constexpr qint64 mostPixels = 1 << 20; // more take too long to learn anything new from
-
-/// A file in memory.
-class MemoryFile {
-public:
-    MemoryFile(const quint8* data, std::size_t size) : m_descriptor(memfd_create("photo", MFD_CLOEXEC)) {
-        if (write(m_descriptor, data, size) != static_cast<ssize_t>(size)) {
-            std::abort();
-        }
-    }
-    ~MemoryFile() { close(m_descriptor); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    FileURL url() const { return FileURL("/proc/self/fd/" + std::to_string(m_descriptor)); }
-
-private:
-    const int m_descriptor;
-};
 
 /// The library's coefficients.
 class Reference {

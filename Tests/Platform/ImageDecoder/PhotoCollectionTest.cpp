@@ -1,5 +1,6 @@
 #include "Platform/ImageDecoder/ImageDecoder.h"
 #include "Platform/ImageDecoder/PhotoRendering.h"
+#include "Tests/Support/ProcessCost.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,7 +17,7 @@ class PhotoCollectionTest : public QObject {
 
 private slots:
     void everyPhotoIsShownInItsSizeOrNotAtAll_data();
-    void everyPhotoIsShownInItsSizeOrNotAtAll();
+    void everyPhotoIsShownInItsSizeOrNotAtAll(); // within bounds of time and memory
 
 private:
     const QDir m_folder{QStringLiteral(PHOTO_COLLECTION)};
@@ -65,11 +66,39 @@ Expectation expectation(const Entry& entry) {
     return isNotShown ? NotShown : Shown;
 }
 
+constexpr std::chrono::seconds maximumTime{5}; // of all processors together
+
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool isAddressSanitized = true; // memory is then taken for other things
+#else
+constexpr bool isAddressSanitized = false;
+#endif
+
+/// Whether a picture is complete only when all of its file has been read.
+bool needsAllCoefficients(const Entry& entry) {
+    return entry["process"].contains("progressive") || entry["scans"].toInt() > 1;
+}
+
+qint64 pixels(QSize size) {
+    return static_cast<qint64>(size.width()) * size.height();
+}
+
+/// Bytes that a decode may take.
+///
+/// @param shown  size of the picture that is made, with its halves
+/// @param kept   size of the stored picture where all of its coefficients are in memory at once; else nothing
+qint64 maximumMemory(QSize shown, QSize kept) {
+    constexpr qint64 working = qint64{48} << 20;
+    constexpr int coefficientBytes = 2 * 3; // of a pixel
+    return working + pixels(shown) * 4 * 4 / 3 + pixels(kept) * coefficientBytes;
+}
+
 } // namespace
 
 void PhotoCollectionTest::everyPhotoIsShownInItsSizeOrNotAtAll_data() {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("needsAllCoefficients");
     QTest::addColumn<int>("expected");
     QFile manifest(m_folder.filePath(QStringLiteral("MANIFEST.tsv")));
     if (!manifest.open(QIODevice::ReadOnly)) {
@@ -82,23 +111,32 @@ void PhotoCollectionTest::everyPhotoIsShownInItsSizeOrNotAtAll_data() {
             size.transpose();
         }
         QTest::newRow(entry["file"].constData())
-            << QString::fromUtf8(entry["file"]) << size << static_cast<int>(expectation(entry));
+            << QString::fromUtf8(entry["file"]) << size << needsAllCoefficients(entry)
+            << static_cast<int>(expectation(entry));
     }
 }
 
 void PhotoCollectionTest::everyPhotoIsShownInItsSizeOrNotAtAll() {
     QFETCH(QString, name);
     QFETCH(QSize, size);
+    QFETCH(bool, needsAllCoefficients);
     QFETCH(int, expected);
     const FileURL photo(std::filesystem::path(QFile::encodeName(m_folder.filePath(name)).toStdString()));
-    for (const int maxPixelSize : {200, 1200, 0}) {
+    for (const int maxPixelSize : {200, 1200, 2400, 0}) {
+        const ProcessCost cost;
         const auto image = decodeImage(photo, maxPixelSize);
+        const QSize shown = image ? image->pixels().size() : QSize();
+        QVERIFY2(
+            cost.processorTime() < maximumTime, qPrintable(QString::number(cost.processorTime().count())));
+        QVERIFY2(
+            isAddressSanitized || cost.memory() < maximumMemory(shown, needsAllCoefficients ? size : QSize()),
+            qPrintable(QString::number(cost.memory())));
         if (expected != ShownOrNot) {
             QVERIFY2(bool(image) == (expected == Shown),
                 image ? "shown" : qPrintable(image.error().localizedDescription()));
         }
         if (image && !size.isEmpty()) {
-            QCOMPARE(image->pixels().size(), Platform::fittedSize(size, maxPixelSize));
+            QCOMPARE(shown, Platform::fittedSize(size, maxPixelSize));
         }
     }
 }
