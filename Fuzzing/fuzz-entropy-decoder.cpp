@@ -91,7 +91,7 @@ void clearNotKept(const JpegFrame& frame, const McuCodes& codes, const Coefficie
         const JpegComponent& component = frame.components[static_cast<std::size_t>(codes.blocks()[block])];
         const KeptCoefficients kept = keptCoefficients(component.scaledBlockSize, frame.isLarge());
         const auto step = static_cast<std::size_t>(coefficients.valuesPerMcu());
-        auto place = static_cast<std::size_t>(coefficients.blockOffsets()[block] + kept.kept);
+        auto place = static_cast<std::size_t>(coefficients.blockOffsets()[block]) + kept.kept;
         for (; kept.values > kept.kept && place < values.size(); place += step) {
             values[place] = 0;
         }

@@ -14,11 +14,11 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8* bytes, std::size_t size) {
     const auto kind = static_cast<ColorTransform::Pixels>(bytes[0] % 3);
     const QByteArray profile(reinterpret_cast<const char*>(bytes) + 1, static_cast<qsizetype>(size) - 1);
     const ColorTransform transform(kind, profile);
-    constexpr int count = 64;
+    constexpr std::size_t count = 64;
     std::array<uchar, count * bytesPerPixel> pixels{};
     for (std::size_t i = 0; i < pixels.size(); ++i) {
         pixels[i] = static_cast<uchar>(i * 37);
     }
-    transform.apply(pixels.data(), count);
+    transform.apply(pixels.data(), static_cast<int>(count));
     return 0;
 }

@@ -185,7 +185,8 @@ Result<void> copyLink(const DirectoryEntry& source, const struct stat& status, c
         return failure(source, errno);
     }
     // A link works alike whoever owns it and whenever it was made: these two are kept where it is possible.
-    (void)fchownat(copy.folder, copy.name.c_str(), status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW);
+    [[maybe_unused]] const int owned =
+        fchownat(copy.folder, copy.name.c_str(), status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW);
     (void)utimensat(copy.folder, copy.name.c_str(), timesOf(status).data(), AT_SYMLINK_NOFOLLOW);
     return {};
 }

@@ -1,8 +1,12 @@
+#include "Tests/Support/WithPermissions.h"
+#include "Tests/Support/WithoutPrivileges.h"
 #include "Tests/Vantrel/CullingFixture.h"
 
 #include <QTest>
 
 #include <unistd.h>
+
+#include <filesystem>
 
 using Platform::FileURL;
 using Platform::TaskPriority;
@@ -71,6 +75,42 @@ private slots:
         QCOMPARE(namesIn(loaded.photos.url()), (Names{"IMG_0.jpg", "IMG_2.jpg", subfolder(move())}));
         QCOMPARE(contentOf(loaded.photos.at(subfolder(move()) + "/IMG_1.jpg")), content);
         QVERIFY(!loaded.model().hasErrorMessage());
+    }
+
+    void aLinkInPlaceOfTheSubfolderLeadsNoFurtherThanTheUserMayWrite_data() { eachMove(); }
+    void aLinkInPlaceOfTheSubfolderLeadsNoFurtherThanTheUserMayWrite() {
+        Loaded loaded(2);
+        const TemporaryFolder elsewhere;
+        elsewhere.write("IMG_1.jpg", "not to be touched");
+        std::filesystem::create_directory_symlink(
+            elsewhere.url().path(), loaded.photos.at(subfolder(move())).path());
+        loaded.mark({0, 1}, move());
+        {
+            const WithoutPrivileges asAnyone;
+            const WithPermissions readOnly(elsewhere.url(), std::filesystem::perms(0500));
+            loaded.run(move());
+        }
+        QCOMPARE(names(loaded.model()), (Names{"IMG_0.jpg", "IMG_1.jpg"}));
+        QVERIFY(loaded.model().errorText().contains(QStringLiteral("\nIMG_1.jpg: ")));
+        QCOMPARE(namesIn(loaded.photos.url()), (Names{"IMG_0.jpg", "IMG_1.jpg", subfolder(move())}));
+        QCOMPARE(namesIn(elsewhere.url()), Names{"IMG_1.jpg"});
+        QCOMPARE(contentOf(elsewhere.at("IMG_1.jpg")), QByteArray("not to be touched"));
+    }
+
+    void aLinkInTheWayIsReplacedAndNotFollowed_data() { eachMove(); }
+    void aLinkInTheWayIsReplacedAndNotFollowed() {
+        Loaded loaded(1);
+        const TemporaryFolder elsewhere;
+        const FileURL outside = elsewhere.write("precious", "not to be touched");
+        const QByteArray photo = contentOf(loaded.photos.at("IMG_0.jpg"));
+        loaded.photos.makeFolder(subfolder(move()));
+        const FileURL target = loaded.photos.at(subfolder(move()) + "/IMG_0.jpg");
+        std::filesystem::create_symlink(outside.path(), target.path());
+        loaded.mark({0}, move());
+        loaded.run(move());
+        QCOMPARE(contentOf(outside), QByteArray("not to be touched"));
+        QVERIFY(!std::filesystem::is_symlink(target.path()));
+        QCOMPARE(contentOf(target), photo);
     }
 
     void theOtherMarkStays_data() { eachMove(); }
