@@ -70,9 +70,9 @@ public:
     }
 
     /// Calls deliver() on the main thread once the duration has passed, unless the task is cancelled first.
+    /// @return the task, new or the one given
     template <typename Deliver>
-    Task sleep(std::chrono::nanoseconds duration, Deliver deliver) {
-        Task task;
+    Task sleep(std::chrono::nanoseconds duration, Deliver deliver, Task task = {}) {
         runLater(duration, [task, deliver = std::move(deliver)] {
             if (!task.isCancelled()) {
                 deliver();

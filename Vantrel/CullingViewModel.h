@@ -226,7 +226,7 @@ protected:
 
 private:
     struct MoveKind;
-    using SmallPassURLs = std::shared_ptr<const std::vector<Platform::FileURL>>;
+    struct SmallPass;
 
     template <typename Value>
     void assign(Value& field, const Value& value, void (CullingViewModel::*changed)());
@@ -239,7 +239,7 @@ private:
     bool isCurrent(int index, const Platform::FileURL& url) const;
     void scheduleUpgrade(int index);
     void loadCurrentImage(int index, int maxPixelSize, ImageCache& cache);
-    void preloadSmallThumbnails(const SmallPassURLs& urls, int position);
+    void preloadSmallThumbnails(const std::shared_ptr<SmallPass>& pass);
 
     Platform::TaskScheduler& m_scheduler;
     Platform::UserDefaults& m_userDefaults;

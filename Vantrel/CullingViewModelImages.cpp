@@ -12,6 +12,12 @@ namespace {
 /// How long the user rests on a photo before its large decode begins.
 constexpr std::chrono::milliseconds upgradeDelay{150};
 
+/// How long the pass waits for a photo before it goes on past it: much longer than any decode takes.
+constexpr std::chrono::seconds preloadPatience{2};
+
+/// How many photos may be on their way at once because the pass has gone on past them.
+constexpr int mostPreloading = 8;
+
 /// Work for a task: decode that photo at that size.
 auto decoding(const FileURL& url, int maxPixelSize) {
     return [url, maxPixelSize](const Task& task) { return loadThumbnail(url, maxPixelSize, task); };
@@ -69,30 +75,51 @@ void CullingViewModel::loadCurrentImage(int index, int maxPixelSize, ImageCache&
         m_scheduler.detached(TaskPriority::UserInitiated, decoding(url, maxPixelSize), deliver);
 }
 
+/// A pass decodes one photo at a time, in order. One that does not come, as from a disk that does not answer, is left to
+/// come late, so that it holds up no other.
+struct CullingViewModel::SmallPass {
+    std::vector<FileURL> urls;
+    int next = 0; ///< the position to go on with
+    int underWay = 0;
+    bool isReady = true; ///< the photo before it has come, or has taken too long
+};
+
 void CullingViewModel::preloadAllSmallThumbnails() {
     cancel(m_preloadAllTask);
-    auto urls = std::make_shared<std::vector<FileURL>>();
-    urls->reserve(m_photoItems.size());
+    const auto pass = std::make_shared<SmallPass>();
+    pass->urls.reserve(m_photoItems.size());
     for (const PhotoItem& item : m_photoItems) {
-        urls->push_back(item.url());
+        pass->urls.push_back(item.url());
     }
     m_preloadAllTask = Task();
-    preloadSmallThumbnails(urls, 0);
+    preloadSmallThumbnails(pass);
 }
 
-void CullingViewModel::preloadSmallThumbnails(const SmallPassURLs& urls, int position) {
-    while (position < std::ssize(*urls) && m_smallThumbnails.read(position)) {
-        ++position;
-    }
-    if (position == std::ssize(*urls)) {
+void CullingViewModel::preloadSmallThumbnails(const std::shared_ptr<SmallPass>& pass) {
+    if (!pass->isReady || pass->underWay == mostPreloading) {
         return;
     }
-    const auto work = decoding((*urls)[position], smallPixelSize);
-    const auto deliver = [this, urls, position](const Image& image) {
+    while (pass->next < std::ssize(pass->urls) && m_smallThumbnails.read(pass->next)) {
+        ++pass->next;
+    }
+    if (pass->next == std::ssize(pass->urls)) {
+        return;
+    }
+    const int position = pass->next++;
+    ++pass->underWay;
+    pass->isReady = false;
+    const auto goOn = [this, pass, position] {
+        pass->isReady = pass->isReady || pass->next == position + 1;
+        preloadSmallThumbnails(pass);
+    };
+    const auto deliver = [this, pass, position, goOn](const Image& image) {
         if (!image.isNull()) {
             m_smallThumbnails.write(position, image);
         }
-        preloadSmallThumbnails(urls, position + 1);
+        --pass->underWay;
+        goOn();
     };
-    m_scheduler.detached(TaskPriority::Background, work, deliver, *m_preloadAllTask);
+    m_scheduler.detached(
+        TaskPriority::Background, decoding(pass->urls[position], smallPixelSize), deliver, *m_preloadAllTask);
+    m_scheduler.sleep(preloadPatience, goOn, *m_preloadAllTask);
 }

@@ -297,6 +297,33 @@ private slots:
         QCOMPARE(loaded.scheduler.waiting(background), 0);
     }
 
+    void thePassGoesOnPastAPhotoThatDoesNotComeForTwoSeconds() {
+        Loaded loaded(4);
+        loaded.scheduler.runNext(background);
+        loaded.scheduler.deliver();
+        loaded.scheduler.advance(2s - 1ms);
+        QCOMPARE(loaded.scheduler.waiting(background), 1);
+        loaded.scheduler.advance(1ms);
+        QCOMPARE(loaded.scheduler.waiting(background), 2);
+        loaded.scheduler.advance(2s);
+        QCOMPARE(loaded.scheduler.waiting(background), 3);
+        loaded.scheduler.runAll(); // the late ones are kept like the others
+        for (int index = 0; index < 4; ++index) {
+            QVERIFY(shows(*loaded.model().smallThumbnails().read(index), photoColor(index)));
+        }
+    }
+
+    void thePassHasAtMostEightPhotosOnTheirWay() {
+        Loaded loaded(12);
+        loaded.scheduler.advance(1min);
+        QCOMPARE(loaded.scheduler.waiting(background), 8);
+        loaded.scheduler.runNext(background);
+        loaded.scheduler.deliver();
+        QCOMPARE(loaded.scheduler.waiting(background), 8);
+        loaded.scheduler.runAll();
+        QCOMPARE(std::ssize(loaded.model().smallThumbnails().storage()), 12);
+    }
+
     void thePassTouchesNeitherImageNorPosition() {
         Loaded loaded(3);
         QSignalSpy images(&loaded.model(), &CullingViewModel::currentImageChanged);
