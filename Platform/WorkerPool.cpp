@@ -15,7 +15,8 @@ namespace Platform {
 
 namespace {
 
-constexpr std::chrono::seconds patienceAtTheEnd{1};
+// A cancelled decode ends within milliseconds. What does not end in this time is stuck; the application must not seem so.
+constexpr std::chrono::milliseconds patienceAtTheEnd{500};
 
 struct Job {
     Task task;

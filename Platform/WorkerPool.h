@@ -15,8 +15,8 @@ public:
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
-    /// Cancels the tasks of the work that runs, drops the work that waits, and gives what runs a second to end.
-    /// What does not, stuck on a disk that does not answer, is left behind and must then look at its task only.
+    /// Cancels the tasks of the work that runs, drops the work that waits, and gives what runs half a second to
+    /// end. What does not, stuck on a disk that does not answer, is left behind and must then look at its task only.
     ~WorkerPool();
 
     /// Runs the work once. Any thread.
