@@ -35,6 +35,9 @@ QString reason(int code) {
         return QStringLiteral("the disk reported an error");
     case ENODEV:
     case ENXIO:
+    case ENOTCONN: // a file system whose process is gone
+    case ECONNABORTED:
+    case ESTALE:
         return QStringLiteral("the disk is not there any more");
     case ENAMETOOLONG:
         return QStringLiteral("the name is too long");
