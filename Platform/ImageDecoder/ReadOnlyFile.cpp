@@ -36,7 +36,9 @@ Result<ReadOnlyFile> ReadOnlyFile::open(const FileURL& url) {
 
 std::size_t ReadOnlyFile::read(void* buffer, std::size_t size) {
     std::size_t filled = 0;
-    while (filled < size) {
+    bool isAtEnd =
+        false; // as far as is known: to ask once more would take as long as to read, on a slow disk
+    while (filled < size && !isAtEnd) {
         char* const place = static_cast<char*>(buffer) + filled;
         const ssize_t count =
             retryInterrupted([&] { return ::read(m_descriptor.get(), place, size - filled); });
@@ -47,13 +49,19 @@ std::size_t ReadOnlyFile::read(void* buffer, std::size_t size) {
             break;
         }
         filled += static_cast<std::size_t>(count);
+        m_position += count;
+        isAtEnd = m_position == m_size;
     }
     m_isExhausted = m_isExhausted || filled == 0;
     return filled;
 }
 
 bool ReadOnlyFile::seek(qint64 position) {
-    return lseek(m_descriptor.get(), position, SEEK_SET) == position;
+    if (lseek(m_descriptor.get(), position, SEEK_SET) != position) {
+        return false;
+    }
+    m_position = position;
+    return true;
 }
 
 bool ReadOnlyFile::startOver() {

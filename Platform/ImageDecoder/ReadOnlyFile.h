@@ -20,7 +20,8 @@ public:
     static Result<ReadOnlyFile> open(const FileURL& url);
 
     /// Reads on from the current position.
-    /// @return the number of bytes read, less than size only at the end of the file or where reading fails
+    /// @return the number of bytes read, less than size only at the end of the file (that of now, or that of when it was
+    ///         opened) or where reading fails
     std::size_t read(void* buffer, std::size_t size);
 
     /// Goes to a position in bytes from the start of the file.
@@ -47,6 +48,7 @@ private:
 
     FileDescriptor m_descriptor;
     qint64 m_size;
+    qint64 m_position = 0;
     std::string m_name;
     int m_errorCode = 0;
     bool m_isExhausted = false;
