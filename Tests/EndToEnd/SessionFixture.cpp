@@ -1,5 +1,8 @@
 #include "Tests/EndToEnd/SessionFixture.h"
 
+#include "Tests/EndToEnd/ScreenReading.h"
+#include "Tests/Vantrel/CullingFixture.h"
+
 #include <QDir>
 #include <QTest>
 
@@ -43,6 +46,18 @@ void SessionFixture::press(const std::vector<Key>& keys) {
     }
 }
 
+bool SessionFixture::walk(Key key, const QStringList& sights) {
+    for (const QString& sight : sights) {
+        press({key});
+        if (!QTest::qWaitFor([&] { return seenIn(m_application->picture()) == sight; }, patience)) {
+            const QString seen = seenIn(m_application->picture());
+            qWarning("“%s” is expected, “%s” is seen", qPrintable(sight), qPrintable(seen));
+            return false;
+        }
+    }
+    return true;
+}
+
 bool SessionFixture::showChooser() {
     m_screen->press({XK_Control_L, XK_o});
     const QString title = QStringLiteral("Select a folder containing JPG images to review.");
@@ -60,6 +75,16 @@ bool SessionFixture::openFolder(const FileURL& folder) {
     m_screen->type(folder.path().native());
     press({XK_Return});
     return isInFrontSoon();
+}
+
+bool SessionFixture::closeWindow() {
+    m_screen->close(m_application->window());
+    return QTest::qWaitFor([&] { return m_application->hasEnded(); }, patience) &&
+           m_application->hasEndedWell();
+}
+
+QByteArray SessionFixture::readablePhoto(int index) {
+    return flatPhoto(readablePhotoColor(index), readablePhotoSize);
 }
 
 void SessionFixture::keepScreenshot() {

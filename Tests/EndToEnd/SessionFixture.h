@@ -14,6 +14,10 @@
 #define SEES(words)                                                                                          \
     QTRY_COMPARE_WITH_TIMEOUT(seenIn(m_application->picture()), QStringLiteral(words), patience)
 
+/// The status bar names, at once or soon, that resolution.
+#define READS_RESOLUTION(label)                                                                              \
+    QTRY_COMPARE_WITH_TIMEOUT(resolutionIn(m_application->picture()), QStringLiteral(label), patience)
+
 /// Whole sessions with the program as it is delivered: real keys and a real pointer on a virtual screen, and then
 /// what is seen on that screen and what lies on the disk. Each test has a fresh home and a fresh folder for photos;
 /// a failed one leaves a picture of the screen.
@@ -36,11 +40,20 @@ protected:
     /// Presses one key after the other.
     void press(const std::vector<Key>& keys);
 
+    /// Presses the key once for each of the sights, and tells whether the main window then shows it, at once or soon.
+    bool walk(Key key, const QStringList& sights);
+
     bool showChooser();
     bool isInFrontSoon();
 
     /// Opens a folder by way of the chooser, which has the keys until the screen shows what is in the folder.
     bool openFolder(const Platform::FileURL& folder);
+
+    /// Closes the main window by its frame, and tells whether that ended the application as it should.
+    bool closeWindow();
+
+    /// A photo that can be recognised on the screen as that one.
+    static QByteArray readablePhoto(int index);
 
     std::optional<VirtualScreen> m_screen;
     std::optional<TemporaryFolder> m_home;

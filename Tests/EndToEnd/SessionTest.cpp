@@ -1,9 +1,8 @@
 #include "Tests/EndToEnd/ChildProcess.h"
-#include "Tests/EndToEnd/FolderContent.h"
 #include "Tests/EndToEnd/ScreenReading.h"
 #include "Tests/EndToEnd/SessionFixture.h"
+#include "Tests/Support/FolderContent.h"
 #include "Tests/Support/WithPermissions.h"
-#include "Tests/Vantrel/CullingFixture.h"
 
 #include <QDeadlineTimer>
 #include <QTest>
@@ -35,10 +34,6 @@ std::vector<std::string> cameraNames(int count) {
         names.push_back("VTR_" + std::to_string(number) + ".JPG");
     }
     return names;
-}
-
-QByteArray readablePhoto(int index) {
-    return flatPhoto(readablePhotoColor(index), readablePhotoSize);
 }
 
 } // namespace
@@ -293,13 +288,6 @@ private:
         }
         press({XK_Escape});
         return isInFrontSoon();
-    }
-
-    /// Closes the main window by its frame, and tells whether that ended the application as it should.
-    bool closeWindow() {
-        m_screen->close(m_application->window());
-        return QTest::qWaitFor([&] { return m_application->hasEnded(); }, patience) &&
-               m_application->hasEndedWell();
     }
 
     /// Waits, without a moment's pause, until there is something in the folder.

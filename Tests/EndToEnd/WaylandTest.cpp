@@ -1,7 +1,7 @@
-#include "Tests/EndToEnd/FolderContent.h"
 #include "Tests/EndToEnd/ScreenReading.h"
 #include "Tests/EndToEnd/SessionFixture.h"
 #include "Tests/EndToEnd/WaylandScreen.h"
+#include "Tests/Support/FolderContent.h"
 #include "Tests/Vantrel/CullingFixture.h"
 
 #include <QTest>

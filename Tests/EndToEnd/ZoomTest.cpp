@@ -20,10 +20,6 @@
 
 using Platform::FileURL;
 
-/// The status bar names, at once or soon, that resolution.
-#define READS_RESOLUTION(label)                                                                              \
-    QTRY_COMPARE_WITH_TIMEOUT(resolutionIn(m_application->picture()), QStringLiteral(label), patience)
-
 /// The window shows, at once or soon, what the picture shows, but for the way it was resampled.
 #define SHOWS(expected)                                                                                      \
     QVERIFY2(showsSoon(expected), qPrintable(QStringLiteral("differs by %1").arg(m_difference)))

@@ -1,4 +1,4 @@
-#include "Tests/EndToEnd/FolderContent.h"
+#include "Tests/Support/FolderContent.h"
 
 #include <QCryptographicHash>
 #include <QFile>
