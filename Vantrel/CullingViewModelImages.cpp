@@ -12,8 +12,9 @@ namespace {
 /// How long the user rests on a photo before its large decode begins.
 constexpr std::chrono::milliseconds upgradeDelay{150};
 
-/// How long the pass waits for a photo before it goes on past it: much longer than any decode takes.
-constexpr std::chrono::seconds preloadPatience{2};
+/// How long the pass waits for a photo before it goes on past it: much longer than any decode takes, or the reading of a photo
+/// over a slow network.
+constexpr std::chrono::seconds preloadPatience{5};
 
 /// How many photos may be on their way at once because the pass has gone on past them.
 constexpr int mostPreloading = 8;

@@ -36,8 +36,8 @@ Result<ReadOnlyFile> ReadOnlyFile::open(const FileURL& url) {
 
 std::size_t ReadOnlyFile::read(void* buffer, std::size_t size) {
     std::size_t filled = 0;
-    bool isAtEnd =
-        false; // as far as is known: to ask once more would take as long as to read, on a slow disk
+    // Where the end is known, the disk is not asked once more, which takes a slow one as long as to read.
+    bool isAtEnd = false;
     while (filled < size && !isAtEnd) {
         char* const place = static_cast<char*>(buffer) + filled;
         const ssize_t count =
