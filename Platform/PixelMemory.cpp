@@ -11,6 +11,7 @@ namespace Platform {
 
 namespace {
 
+constexpr std::size_t leastMapping = 64 << 10; // 16 pages, so that what the last leaves empty is little
 constexpr std::size_t hugePageSize = 2 << 20;
 constexpr std::size_t bytesPerPixel = 4;
 
@@ -30,10 +31,12 @@ public:
 
     bool isValid() const { return m_start != MAP_FAILED; }
 
+    uchar* start() const { return static_cast<uchar*>(m_start); }
+
     /// The first place in it where a huge page may begin.
     uchar* firstHugePage() const {
-        const auto start = reinterpret_cast<std::uintptr_t>(m_start);
-        return static_cast<uchar*>(m_start) + (hugePageSize - start % hugePageSize) % hugePageSize;
+        const auto address = reinterpret_cast<std::uintptr_t>(m_start);
+        return start() + (hugePageSize - address % hugePageSize) % hugePageSize;
     }
 
 private:
@@ -46,15 +49,18 @@ private:
 QImage undefinedPicture(QSize size) {
     const auto bytes = static_cast<std::size_t>(std::max(size.width(), 0)) *
                        static_cast<std::size_t>(std::max(size.height(), 0)) * bytesPerPixel;
-    if (bytes < hugePageSize) {
+    if (bytes < leastMapping) {
         return QImage(size, QImage::Format_RGB32);
     }
-    auto mapping = std::make_unique<Mapping>(bytes + hugePageSize);
+    const bool hasHugePages = bytes >= hugePageSize;
+    auto mapping = std::make_unique<Mapping>(hasHugePages ? bytes + hugePageSize : bytes);
     if (!mapping->isValid()) {
         return QImage();
     }
-    uchar* const pixels = mapping->firstHugePage();
-    madvise(pixels, bytes, MADV_HUGEPAGE); // a wish: small pages do as well
+    uchar* const pixels = hasHugePages ? mapping->firstHugePage() : mapping->start();
+    if (hasHugePages) {
+        madvise(pixels, bytes, MADV_HUGEPAGE); // a wish: small pages do as well
+    }
     const auto bytesPerLine = static_cast<qsizetype>(size.width()) * static_cast<qsizetype>(bytesPerPixel);
     QImage picture(
         pixels, size.width(), size.height(), bytesPerLine, QImage::Format_RGB32,
