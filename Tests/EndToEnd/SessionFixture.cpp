@@ -1,12 +1,11 @@
 #include "Tests/EndToEnd/SessionFixture.h"
 
+#include "Tests/EndToEnd/OpeningFolders.h"
 #include "Tests/EndToEnd/ScreenReading.h"
 #include "Tests/Vantrel/CullingFixture.h"
 
 #include <QDir>
 #include <QTest>
-
-#include <X11/keysym.h>
 
 using Platform::FileURL;
 
@@ -59,9 +58,7 @@ bool SessionFixture::walk(Key key, const QStringList& sights) {
 }
 
 bool SessionFixture::showChooser() {
-    m_screen->press({XK_Control_L, XK_o});
-    const QString title = QStringLiteral("Select a folder containing JPG images to review.");
-    return QTest::qWaitFor([&] { return m_application->isInFront(title); }, patience);
+    return ::showChooser(*m_screen, *m_application);
 }
 
 bool SessionFixture::isInFrontSoon() {
@@ -69,12 +66,7 @@ bool SessionFixture::isInFrontSoon() {
 }
 
 bool SessionFixture::openFolder(const FileURL& folder) {
-    if (!showChooser()) {
-        return false;
-    }
-    m_screen->type(folder.path().native());
-    press({XK_Return});
-    return isInFrontSoon();
+    return ::openFolder(*m_screen, *m_application, folder);
 }
 
 bool SessionFixture::closeWindow() {

@@ -158,8 +158,14 @@ QProcessEnvironment VirtualScreen::environment(const Platform::FileURL& home) co
 QImage VirtualScreen::picture() const {
     Display* display = m_display.get();
     const int screen = DefaultScreen(display);
-    const std::unique_ptr<XImage, ImageDestroyer> image(XGetImage(display, RootWindow(display, screen), 0, 0,
-        DisplayWidth(display, screen), DisplayHeight(display, screen), AllPlanes, ZPixmap));
+    return picture({0, 0, DisplayWidth(display, screen), DisplayHeight(display, screen)});
+}
+
+QImage VirtualScreen::picture(const QRect& part) const {
+    Display* display = m_display.get();
+    const std::unique_ptr<XImage, ImageDestroyer> image(
+        XGetImage(display, DefaultRootWindow(display), part.x(), part.y(),
+            static_cast<unsigned>(part.width()), static_cast<unsigned>(part.height()), AllPlanes, ZPixmap));
     if (!image || image->bits_per_pixel != 32) {
         throw std::runtime_error("the virtual screen shows no picture");
     }

@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QPoint>
 #include <QProcess>
+#include <QRect>
 #include <QString>
 
 #include <chrono>
@@ -35,6 +36,10 @@ public:
 
     QProcessEnvironment environment(const Platform::FileURL& home) const override;
     QImage picture() const override;
+
+    /// What is seen in that part of it now, in pixels; the smaller the part, the faster.
+    QImage picture(const QRect& part) const;
+
     ScreenWindow activeWindow() const override;
 
     /// Gives the keyboard these layouts, the first of them in use: "ru,us". The keys are where they were.
