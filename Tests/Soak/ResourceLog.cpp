@@ -1,0 +1,77 @@
+#include "Tests/Soak/ResourceLog.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+
+Resources resourcesOf(qint64 processId) {
+    const std::filesystem::path folder = "/proc/" + std::to_string(processId);
+    std::ifstream status(folder / "status");
+    if (!status) {
+        throw std::runtime_error("the application has ended");
+    }
+    Resources resources;
+    for (std::string name; status >> name; status.ignore(1024, '\n')) {
+        double number = 0;
+        if (name == "VmRSS:" && status >> number) {
+            resources.resident = number / 1024; // from kB, as the next
+        } else if (name == "RssAnon:" && status >> number) {
+            resources.anonymous = number / 1024;
+        } else if (name == "Threads:" && status >> number) {
+            resources.threads = number;
+        }
+    }
+    const std::filesystem::directory_iterator descriptors(folder / "fd");
+    resources.fileDescriptors = static_cast<double>(std::distance(begin(descriptors), end(descriptors)));
+    return resources;
+}
+
+std::vector<ResourceLog::Sample> ResourceLog::restingSince(double hours) const {
+    std::vector<Sample> samples;
+    std::ranges::copy_if(m_samples, std::back_inserter(samples),
+        [&](const Sample& sample) { return sample.isAtRest && sample.hours >= hours; });
+    return samples;
+}
+
+ResourceLog::Trend ResourceLog::trend(double Resources::*value, double sinceHours) const {
+    const std::vector<Sample> samples = restingSince(sinceHours);
+    const auto count = static_cast<double>(samples.size());
+    double meanTime = 0;
+    double meanValue = 0;
+    for (const Sample& sample : samples) {
+        meanTime += sample.hours / count;
+        meanValue += sample.resources.*value / count;
+    }
+    double tt = 0;
+    double tv = 0;
+    double vv = 0;
+    for (const Sample& sample : samples) {
+        const double time = sample.hours - meanTime;
+        const double deviation = sample.resources.*value - meanValue;
+        tt += time * time;
+        tv += time * deviation;
+        vv += deviation * deviation;
+    }
+    const double slope = tv / tt;
+    const double squares = std::max(vv - slope * tv, 0.0); // that the line leaves
+    return {slope, std::sqrt(squares / (count - 2) / tt)};
+}
+
+QString ResourceLog::asCsv() const {
+    QString text = QStringLiteral("seconds,resident MiB,anonymous MiB,file descriptors,threads,at rest\n");
+    for (const Sample& sample : m_samples) {
+        const Resources& resources = sample.resources;
+        text += QStringLiteral("%1,%2,%3,%4,%5,%6\n")
+                    .arg(sample.hours * 3600, 0, 'f', 1)
+                    .arg(resources.resident, 0, 'f', 2)
+                    .arg(resources.anonymous, 0, 'f', 2)
+                    .arg(resources.fileDescriptors)
+                    .arg(resources.threads)
+                    .arg(sample.isAtRest ? 1 : 0);
+    }
+    return text;
+}

@@ -1,0 +1,84 @@
+#include "Tests/Soak/ResourceLog.h"
+
+#include <QStringList>
+#include <QTest>
+
+#include <unistd.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+class ResourceLogTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void whatAProcessHoldsIsCounted() {
+        const qint64 self = getpid();
+        const Resources before = resourcesOf(self);
+        constexpr std::size_t megabytes = 64;
+        const auto memory = std::make_unique<char[]>(megabytes << 20);
+        std::memset(memory.get(), 1, megabytes << 20);
+        const int descriptor = dup(STDERR_FILENO);
+        std::jthread thread([](const std::stop_token& stop) {
+            while (!stop.stop_requested()) {
+                std::this_thread::yield();
+            }
+        });
+        const Resources after = resourcesOf(self);
+        close(descriptor);
+        QCOMPARE(after.fileDescriptors, before.fileDescriptors + 1);
+        QCOMPARE(after.threads, before.threads + 1);
+        QVERIFY(std::abs(after.resident - before.resident - megabytes) < 4);
+        QVERIFY(std::abs(after.anonymous - before.anonymous - megabytes) < 4);
+        QVERIFY(after.anonymous < after.resident);
+    }
+
+    void aProcessThatIsGoneIsAFailure() {
+        QVERIFY_EXCEPTION_THROWN(resourcesOf(std::numeric_limits<int>::max()), std::runtime_error);
+    }
+
+    void theTrendIsTheLineThroughTheSamplesAtRestSinceThen() {
+        ResourceLog log;
+        log.add(rest(0, 900));
+        log.add({0.6, {.resident = 4000}}); // something is being decoded
+        for (int i = 1; i <= 5; ++i) {
+            log.add(rest(i / 2.0, 100 + 3 * i));
+        }
+        QCOMPARE(log.restsSince(0.5), 5);
+        const auto [perHour, error] = log.trend(&Resources::resident, 0.5);
+        QVERIFY(std::abs(perHour - 6) < 1e-9);
+        QVERIFY(error < 1e-6);
+    }
+
+    void theErrorOfTheTrendIsThatOfTheTextbooks() {
+        ResourceLog log;
+        const double values[] = {1, 3, 2, 5}; // slope 1.1, residuals -0.1 0.8 -1.3 0.6
+        for (int i = 0; i < 4; ++i) {
+            log.add(rest(i, values[i]));
+        }
+        const auto [perHour, error] = log.trend(&Resources::resident, 0);
+        QVERIFY(std::abs(perHour - 1.1) < 1e-9);
+        QVERIFY(std::abs(error - std::sqrt(2.7 / 2 / 5)) < 1e-9);
+    }
+
+    void allSamplesAreWritten() {
+        ResourceLog log;
+        log.add({0.5, {.resident = 300.25, .anonymous = 250.5, .fileDescriptors = 31, .threads = 7}});
+        log.add(rest(1, 200));
+        const QStringList lines = log.asCsv().split('\n');
+        QCOMPARE(lines, (QStringList{"seconds,resident MiB,anonymous MiB,file descriptors,threads,at rest",
+                            "1800.0,300.25,250.50,31,7,0", "3600.0,200.00,0.00,0,0,1", ""}));
+    }
+
+private:
+    static ResourceLog::Sample rest(double hours, double resident) {
+        return {hours, {.resident = resident}, true};
+    }
+};
+
+QTEST_APPLESS_MAIN(ResourceLogTest)
+#include "ResourceLogTest.moc"
