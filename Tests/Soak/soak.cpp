@@ -51,10 +51,10 @@ public:
         }
     }
 
-    /// The least of what it holds within a second, which is what it holds between the decodes that go on behind the
+    /// The least of what it holds within three seconds, which is what it holds between the decodes that go on behind the
     /// screen.
     void sampleAtRest() {
-        constexpr int readings = 20;
+        constexpr int readings = 60;
         Resources least = resourcesOf(m_processId);
         for (int reading = 1; reading < readings; ++reading) {
             QTest::qWait(50);
