@@ -50,8 +50,7 @@ void SoakTest::aShortRunDoesAllThatALongOneDoes() {
     }
     const QByteArray table = contentOf(csv);
     QVERIFY(table.startsWith("seconds,"));
-    QVERIFY(table.contains(",1\n")); // at rest
-    QVERIFY(table.contains(",0\n")); // and at work
+    QVERIFY(table.count(",0\n") > 3); // samples at work
 }
 
 void SoakTest::aWrongCommandLineIsAnsweredWithTheUsage_data() {

@@ -126,13 +126,15 @@ void close(VirtualScreen& screen, RunningApplication& application) {
 
 /// Works until the time is over, and gives the hours at which all caches had been filled for a quarter of it.
 double workFor(double hours, WorkingUser& user, Watch& watch, const QString& csvFile) {
-    constexpr int roundsPerOpening = 3;
+    constexpr int roundsPerOpening = 4; // the first fills the caches, which is no rest
     double warmUp = 0;
     user.openFolder();
     while (watch.hours() < hours) {
         for (int round = 0; round < roundsPerOpening && watch.hours() < hours; ++round) {
             user.work();
-            watch.sampleAtRest();
+            if (round > 0) {
+                watch.sampleAtRest();
+            }
         }
         user.moveMarkedPhotos();
         user.openFolder();
