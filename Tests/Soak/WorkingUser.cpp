@@ -299,10 +299,13 @@ void WorkingUser::move(Verdict verdict, Key key, const std::string& subfolder) {
     std::ranges::sort(names);
     m_expected.move(verdict);
     const Platform::FileURL folder = m_photos.folder().appendingPathComponent(subfolder);
+    const QImage numbers = m_screen.picture(counter()); // change with every move; the photo may look the same
     const auto start = Clock::now();
     m_screen.press({XK_Control_L, key});
-    waitFor(QStringLiteral("moving"),
-        [&] { return exists(folder) && namesIn(folder) == names && showsExpected(); });
+    waitFor(QStringLiteral("moving"), [&] {
+        return m_screen.picture(counter()) != numbers && exists(folder) && namesIn(folder) == names &&
+               showsExpected();
+    });
     m_fileOperations.add(
         QStringLiteral("move ") + QString::fromStdString(subfolder), millisecondsSince(start));
     m_movedPhotos += static_cast<int>(names.size());
