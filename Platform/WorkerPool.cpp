@@ -18,6 +18,9 @@ namespace {
 // A cancelled decode ends within milliseconds. What does not end in this time is stuck; the application must not seem so.
 constexpr std::chrono::milliseconds patienceAtTheEnd{500};
 
+// As long as somebody walks from photo to photo, threads are needed again at once.
+constexpr std::chrono::seconds idleTime{2};
+
 struct Job {
     Task task;
     std::function<void()> work;
@@ -52,6 +55,19 @@ struct WorkerPool::State {
     bool isEnding = false;
 };
 
+/// Waits until there is work. False where the thread is to end: with the pool, or because it had nothing to do and another
+/// waits as well.
+bool WorkerPool::waitForWork(State& state, std::unique_lock<std::mutex>& lock) {
+    ++state.idleThreads;
+    bool hasWork = false;
+    do {
+        hasWork =
+            state.hasWork.wait_for(lock, idleTime, [&] { return state.isEnding || !state.waiting.empty(); });
+    } while (!hasWork && state.idleThreads == 1);
+    --state.idleThreads;
+    return hasWork && !state.isEnding;
+}
+
 WorkerPool::WorkerPool(int maximumThreads, TaskPriority priority)
     : m_state(std::make_shared<State>(maximumThreads, priority)) {}
 
@@ -85,13 +101,7 @@ void WorkerPool::serve(const std::shared_ptr<State>& state) {
         becomeIdle();
     }
     std::unique_lock lock(state->mutex);
-    while (true) {
-        ++state->idleThreads;
-        state->hasWork.wait(lock, [&] { return state->isEnding || !state->waiting.empty(); });
-        --state->idleThreads;
-        if (state->isEnding) {
-            break;
-        }
+    while (waitForWork(*state, lock)) {
         Job job = std::move(state->waiting.front());
         state->waiting.pop_front();
         const auto running = state->running.insert(state->running.end(), job.task);

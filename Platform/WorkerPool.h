@@ -4,10 +4,12 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 
 namespace Platform {
 
-/// Threads that run work in the order in which it comes. A thread is added where none is free, up to a bound.
+/// Threads that run work in the order in which it comes. A thread is added where none is free, up to a bound; those that have had
+/// nothing to do for two seconds end, but for one.
 class WorkerPool {
 public:
     /// @param priority  of the threads: those for background work run where nothing else wants to
@@ -25,6 +27,7 @@ public:
 private:
     struct State;
 
+    static bool waitForWork(State& state, std::unique_lock<std::mutex>& lock);
     static void serve(const std::shared_ptr<State>& state);
 
     const std::shared_ptr<State> m_state; // shared with the threads, which may outlive the pool

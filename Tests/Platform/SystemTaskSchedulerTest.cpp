@@ -1,5 +1,6 @@
 #include "Platform/SystemTaskScheduler.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QTest>
 
@@ -23,6 +24,11 @@ struct Seen {
 
 Seen lookAround(const Task&) {
     return {std::this_thread::get_id(), sched_getscheduler(0)};
+}
+
+int threadsOfThisProcess() {
+    return static_cast<int>(
+        QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
 }
 
 } // namespace
@@ -127,6 +133,29 @@ private slots:
             TaskPriority::UserInitiated, [](const Task&) { return 0; }, [&](int) { isDelivered = true; });
         QTRY_VERIFY(isDelivered);
         release.count_down();
+    }
+
+    void threadsThatHaveNothingToDoEndButForOne() {
+        const int before = threadsOfThisProcess();
+        SystemTaskScheduler scheduler;
+        constexpr int count = 8;
+        std::latch release(1);
+        int delivered = 0;
+        const auto waitForRelease = [&](const Task&) {
+            release.wait();
+            return 0;
+        };
+        for (int i = 0; i < count; ++i) {
+            scheduler.detached(TaskPriority::UserInitiated, waitForRelease, [&](int) { ++delivered; });
+        }
+        QCOMPARE(threadsOfThisProcess(), before + count);
+        release.count_down();
+        QTRY_COMPARE(delivered, count);
+        constexpr int patience = 20'000;
+        QTRY_COMPARE_WITH_TIMEOUT(threadsOfThisProcess(), before + 1, patience);
+        scheduler.detached(TaskPriority::UserInitiated, lookAround, [&](const Seen&) { ++delivered; });
+        QTRY_COMPARE(delivered, count + 1);
+        QCOMPARE(threadsOfThisProcess(), before + 1);
     }
 
     void aSleepEndsAfterItsDurationAndNotBefore() {
