@@ -1,5 +1,7 @@
 // A library to be preloaded: it stands before the calls of the C library that file operations make, and lets one of them fail
 // as the plan of the thread says.
+#undef _FORTIFY_SOURCE // with it the headers define some of these calls themselves
+
 #include "Tests/Faults/FaultInjection.h"
 
 #include <dirent.h>
