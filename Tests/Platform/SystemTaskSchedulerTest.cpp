@@ -1,13 +1,16 @@
 #include "Platform/SystemTaskScheduler.h"
 
-#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QTest>
 
 #include <sched.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <latch>
 #include <thread>
+#include <vector>
 
 using namespace std::chrono_literals;
 using Platform::SystemTaskScheduler;
@@ -26,9 +29,9 @@ Seen lookAround(const Task&) {
     return {std::this_thread::get_id(), sched_getscheduler(0)};
 }
 
-int threadsOfThisProcess() {
-    return static_cast<int>(
-        QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
+/// Whether this process has such a thread.
+bool isThere(pid_t thread) {
+    return QFileInfo::exists(QStringLiteral("/proc/self/task/%1").arg(thread));
 }
 
 } // namespace
@@ -136,26 +139,26 @@ private slots:
     }
 
     void threadsThatHaveNothingToDoEndButForOne() {
-        const int before = threadsOfThisProcess();
         SystemTaskScheduler scheduler;
         constexpr int count = 8;
-        std::latch release(1);
-        int delivered = 0;
-        const auto waitForRelease = [&](const Task&) {
-            release.wait();
-            return 0;
+        std::latch allRun(count);
+        std::vector<pid_t> threads;
+        const auto whenAllRun = [&](const Task&) {
+            allRun.arrive_and_wait();
+            return gettid();
         };
+        const auto keep = [&](pid_t thread) { threads.push_back(thread); };
         for (int i = 0; i < count; ++i) {
-            scheduler.detached(TaskPriority::UserInitiated, waitForRelease, [&](int) { ++delivered; });
+            scheduler.detached(TaskPriority::UserInitiated, whenAllRun, keep);
         }
-        QCOMPARE(threadsOfThisProcess(), before + count);
-        release.count_down();
-        QTRY_COMPARE(delivered, count);
+        QTRY_COMPARE(std::ssize(threads), count);
         constexpr int patience = 20'000;
-        QTRY_COMPARE_WITH_TIMEOUT(threadsOfThisProcess(), before + 1, patience);
-        scheduler.detached(TaskPriority::UserInitiated, lookAround, [&](const Seen&) { ++delivered; });
-        QTRY_COMPARE(delivered, count + 1);
-        QCOMPARE(threadsOfThisProcess(), before + 1);
+        QTRY_COMPARE_WITH_TIMEOUT(std::ranges::count_if(threads, isThere), 1, patience);
+        const pid_t left = *std::ranges::find_if(threads, isThere);
+        scheduler.detached(
+            TaskPriority::UserInitiated, [](const Task&) { return gettid(); }, keep);
+        QTRY_COMPARE(std::ssize(threads), count + 1);
+        QCOMPARE(threads.back(), left);
     }
 
     void aSleepEndsAfterItsDurationAndNotBefore() {
