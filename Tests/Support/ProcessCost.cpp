@@ -4,14 +4,14 @@
 #include <QFile>
 
 #include <malloc.h>
-#include <time.h>
+#include <sys/resource.h>
 
 namespace {
 
 std::chrono::nanoseconds processorTimeSoFar() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return std::chrono::seconds(usage.ru_utime.tv_sec) + std::chrono::microseconds(usage.ru_utime.tv_usec);
 }
 
 /// A line of /proc/self/status in bytes (proc(5)).

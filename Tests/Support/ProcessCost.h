@@ -9,7 +9,7 @@ class ProcessCost {
 public:
     ProcessCost();
 
-    /// Processor time of all threads.
+    /// Processor time of all threads, but for what the kernel takes: to find memory takes it long where there is little.
     std::chrono::nanoseconds processorTime() const;
 
     /// Bytes of memory at the worst moment, beyond what there was at the beginning.
