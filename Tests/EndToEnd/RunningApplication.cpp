@@ -1,5 +1,7 @@
 #include "Tests/EndToEnd/RunningApplication.h"
 
+#include "Tests/Support/Sanitizers.h"
+
 #include <QTest>
 
 using Platform::FileURL;
@@ -14,6 +16,9 @@ RunningApplication::RunningApplication(
         environment.insert("QSG_RHI_BACKEND", "opengl");
         environment.insert("LIBGL_ALWAYS_SOFTWARE", "1");
         environment.insert("QML_DISABLE_DISTANCEFIELD", "1"); // letters as the painter draws them, to be read
+    }
+    if (isThreadSanitized) {
+        environment.insert("QSG_RENDER_LOOP", "basic"); // it cannot see how Qt's threads wait for each other
     }
     environment.insert("QSG_INFO", "1"); // tells what really draws
     environment.insert("QT_FORCE_STDERR_LOGGING", "1");

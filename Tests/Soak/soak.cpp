@@ -124,13 +124,13 @@ void close(VirtualScreen& screen, RunningApplication& application) {
     }
 }
 
-/// Works until the time is over, and gives the hours at which all caches had been filled for a quarter of it.
+/// Works until the time is over, and at least one round; gives the hours at which all caches had been filled for a quarter of it.
 double workFor(double hours, WorkingUser& user, Watch& watch, const QString& csvFile) {
     constexpr int roundsPerOpening = 4; // the first fills the caches, which is no rest
     double warmUp = 0;
     user.openFolder();
-    while (watch.hours() < hours) {
-        for (int round = 0; round < roundsPerOpening && watch.hours() < hours; ++round) {
+    do {
+        for (int round = 0; round == 0 || (round < roundsPerOpening && watch.hours() < hours); ++round) {
             user.work();
             if (round > 0) {
                 watch.sampleAtRest();
@@ -142,7 +142,7 @@ double workFor(double hours, WorkingUser& user, Watch& watch, const QString& csv
         if (warmUp == 0 && watch.hours() >= hours / 4) {
             warmUp = watch.hours();
         }
-    }
+    } while (watch.hours() < hours);
     return warmUp;
 }
 

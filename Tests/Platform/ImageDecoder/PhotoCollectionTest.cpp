@@ -1,6 +1,7 @@
 #include "Platform/ImageDecoder/ImageDecoder.h"
 #include "Platform/ImageDecoder/PhotoRendering.h"
 #include "Tests/Support/ProcessCost.h"
+#include "Tests/Support/Sanitizers.h"
 
 #include <QDir>
 #include <QFile>
@@ -68,12 +69,6 @@ Expectation expectation(const Entry& entry) {
 
 constexpr std::chrono::seconds maximumTime{5}; // of all processors together
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool isAddressSanitized = true; // memory is then taken for other things
-#else
-constexpr bool isAddressSanitized = false;
-#endif
-
 /// Whether a picture is complete only when all of its file has been read.
 bool needsAllCoefficients(const Entry& entry) {
     return entry["process"].contains("progressive") || entry["scans"].toInt() > 1;
@@ -126,10 +121,9 @@ void PhotoCollectionTest::everyPhotoIsShownInItsSizeOrNotAtAll() {
         const ProcessCost cost;
         const auto image = decodeImage(photo, maxPixelSize);
         const QSize shown = image ? image->pixels().size() : QSize();
-        QVERIFY2(
-            cost.processorTime() < maximumTime, qPrintable(QString::number(cost.processorTime().count())));
-        QVERIFY2(
-            isAddressSanitized || cost.memory() < maximumMemory(shown, needsAllCoefficients ? size : QSize()),
+        QVERIFY2(isThreadSanitized || cost.processorTime() < maximumTime,
+            qPrintable(QString::number(cost.processorTime().count())));
+        QVERIFY2(isSanitized || cost.memory() < maximumMemory(shown, needsAllCoefficients ? size : QSize()),
             qPrintable(QString::number(cost.memory())));
         if (expected != ShownOrNot) {
             QVERIFY2(bool(image) == (expected == Shown),
