@@ -1,6 +1,10 @@
 #include "Platform/SystemTaskScheduler.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QTimer>
+
+#include <utility>
 
 namespace Platform {
 
@@ -10,11 +14,33 @@ namespace {
 // dying disk does not return from, which must not hold up the photos elsewhere.
 constexpr int maximumThreads = 256;
 
+constexpr auto stepEvent = QEvent::User;
+
 } // namespace
 
 SystemTaskScheduler::SystemTaskScheduler()
     : m_userInitiated(maximumThreads, TaskPriority::UserInitiated),
       m_background(maximumThreads, TaskPriority::Background) {}
+
+void SystemTaskScheduler::MainThreadSteps::add(std::function<void()> step) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_steps.push_back(std::move(step));
+    }
+    QCoreApplication::postEvent(this, new QEvent(stepEvent)); // which owns it
+}
+
+bool SystemTaskScheduler::MainThreadSteps::event(QEvent* event) {
+    if (event->type() != stepEvent) {
+        return QObject::event(event);
+    }
+    std::unique_lock lock(m_mutex);
+    const auto step = std::move(m_steps.front());
+    m_steps.pop_front();
+    lock.unlock();
+    step();
+    return true;
+}
 
 void SystemTaskScheduler::runDetached(const Task& task, TaskPriority priority, std::function<void()> work) {
     WorkerPool& pool = priority == TaskPriority::Background ? m_background : m_userInitiated;
@@ -22,7 +48,7 @@ void SystemTaskScheduler::runDetached(const Task& task, TaskPriority priority, s
 }
 
 void SystemTaskScheduler::runOnMain(std::function<void()> step) {
-    QMetaObject::invokeMethod(&m_mainThread, std::move(step), Qt::QueuedConnection);
+    m_mainThread.add(std::move(step));
 }
 
 void SystemTaskScheduler::runLater(std::chrono::nanoseconds duration, std::function<void()> step) {

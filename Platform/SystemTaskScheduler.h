@@ -5,6 +5,9 @@
 
 #include <QObject>
 
+#include <deque>
+#include <mutex>
+
 namespace Platform {
 
 /// Runs work on threads of its own: user-initiated work on threads of normal priority, background work on threads of
@@ -21,8 +24,22 @@ protected:
     void runLater(std::chrono::nanoseconds duration, std::function<void()> step) override;
 
 private:
-    // Deliveries still queued for it are dropped with it. It outlives the pools, whose threads post to it.
-    QObject m_mainThread;
+    /// Steps on their way to the main thread, one for each event posted. From then on they are the main thread's alone, which also
+    /// destroys them: a thread that posts a function object directly may be the last to let go of it.
+    class MainThreadSteps final : public QObject {
+    public:
+        /// Called on any thread.
+        void add(std::function<void()> step);
+        /// Runs the next one.
+        bool event(QEvent* event) override;
+
+    private:
+        std::mutex m_mutex;
+        std::deque<std::function<void()>> m_steps;
+    };
+
+    // Steps that are still queued are dropped with it. It outlives the pools, whose threads add to it.
+    MainThreadSteps m_mainThread;
     WorkerPool m_userInitiated;
     WorkerPool m_background;
 };

@@ -17,6 +17,7 @@ const char* __lsan_default_suppressions() {
            "leak:libdbus-1.so\n"           // a buffer of the connection, which the toolkit leaves open
            "leak:libwayland-client.so\n"   // what Qt's Wayland plugin made and did not destroy
            "leak:xkb_compose_state_new\n"  // the same plugin's composing of letters
+           "leak:libglib-2.0.so\n"         // a thread's share of its heap, where the thread ends as the program does
            "leak:swrast_dri.so\n";         // 128 bytes of Mesa's driver
 }
 
