@@ -17,8 +17,8 @@ const char* __lsan_default_suppressions() {
            "leak:libdbus-1.so\n"           // a buffer of the connection, which the toolkit leaves open
            "leak:libwayland-client.so\n"   // what Qt's Wayland plugin made and did not destroy
            "leak:xkb_compose_state_new\n"  // the same plugin's composing of letters
-           "leak:libglib-2.0.so\n"         // a thread's share of its heap, where the thread ends as the program does
-           "leak:swrast_dri.so\n";         // 128 bytes of Mesa's driver
+           "leak:libglib-2.0.so\n" // a thread's share of its heap, where the thread ends as the program does
+           "leak:swrast_dri.so\n"; // 128 bytes of Mesa's driver
 }
 
 /// Qt is not built with the thread sanitizer, which so sees what Qt's threads do in functions of the C library, but not how they
