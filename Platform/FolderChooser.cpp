@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QPalette>
+#include <QPixmapCache>
 #include <QStandardPaths>
 #include <QWindow>
 
@@ -47,7 +48,9 @@ std::optional<FileURL> runFolderChooser(const QString& message, const FileURL& s
     chooser.setLabelText(QFileDialog::Accept, QStringLiteral("Open"));
     chooser.winId(); // makes its window, so that it can be tied to ours and does not fall behind it
     chooser.windowHandle()->setTransientParent(QGuiApplication::focusWindow());
-    if (chooser.exec() != QDialog::Accepted || chooser.selectedFiles().isEmpty()) {
+    const bool accepted = chooser.exec() == QDialog::Accepted;
+    QPixmapCache::clear(); // the style keeps drawings by the palette, which the next chooser has anew
+    if (!accepted || chooser.selectedFiles().isEmpty()) {
         return std::nullopt;
     }
     const QByteArray path = QFile::encodeName(chooser.selectedFiles().constFirst());
