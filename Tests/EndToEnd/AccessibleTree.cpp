@@ -1,6 +1,6 @@
 #include "Tests/EndToEnd/AccessibleTree.h"
 
-#include "Tests/EndToEnd/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <stdexcept>
 #include <utility>

@@ -33,9 +33,7 @@ private slots:
     void whatTheDiskRefusesIsSaidAndMovesWhenItIsWellAgain() {
         writePhotos(4, readablePhotoSize);
         const QStringList before = checksumsIn(m_disk->files().url());
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         press({approveKey, XK_Right, approveKey});
         SEES("photo 1, approved");
         for (const int error : {ENOSPC, EROFS, EIO}) {
@@ -54,9 +52,7 @@ private slots:
 
     void aPhotoThatCannotBeReadShowsAsSuchUntilItCan() {
         writePhotos(4, readablePhotoSize);
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         m_disk->fail(DiskCall::Read, EIO);
         QVERIFY(walk(XK_Right, {"no images, panels below"}));
         press({XK_Right, rejectKey, XK_Right});
@@ -100,9 +96,7 @@ private slots:
         writePhotos(6, readablePhotoSize);
         m_photos->write("other.jpg", readablePhoto(9));
         const QStringList before = checksumsIn(m_disk->files().url());
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         press({approveKey});
         SEES("photo 0, approved");
         m_disk->stall(DiskCall::Read);
@@ -125,9 +119,7 @@ private slots:
         writePhotos(6, readablePhotoSize);
         m_photos->write("other.jpg", readablePhoto(9));
         const QStringList before = checksumsIn(m_disk->files().url());
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         press({approveKey});
         SEES("photo 0, approved");
         m_disk->unmount();

@@ -27,3 +27,8 @@ void FaultyDiskFixture::writePhotos(int count, QSize size) {
         m_disk->files().write(nameOf(index), flatPhoto(readablePhotoColor(index % readablePhotoCount), size));
     }
 }
+
+bool FaultyDiskFixture::startOnDisk() {
+    return start() && openFolder(m_disk->url()) &&
+           QTest::qWaitFor([&] { return seenIn(m_application->picture()) == u"photo 0"; }, patience);
+}

@@ -22,5 +22,8 @@ protected:
     /// Writes so many photos onto the disk: photo 0, photo 1...
     void writePhotos(int count, QSize size);
 
+    /// Starts the application and opens the disk; false where the first photo does not come.
+    bool startOnDisk();
+
     std::optional<FaultyDisk> m_disk;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Tests/EndToEnd/ChildProcess.h"
 #include "Tests/EndToEnd/Desktop.h"
+#include "Tests/Support/ChildProcess.h"
 
 /// What draws the application's windows: Qt's painter, OpenGL, which the processor computes here, or what the application
 /// itself chooses.

@@ -1,6 +1,6 @@
-#include "Tests/EndToEnd/ChildProcess.h"
 #include "Tests/EndToEnd/ScreenReading.h"
 #include "Tests/EndToEnd/SessionFixture.h"
+#include "Tests/Support/ChildProcess.h"
 #include "Tests/Support/FolderContent.h"
 #include "Tests/Support/WithPermissions.h"
 

@@ -34,9 +34,7 @@ private slots:
     void aPhotoThatStallsHoldsUpNothingAndShowsWhenItComes() {
         writePhotos(8, readablePhotoSize);
         m_disk->stall(DiskCall::Read, nameOf(3));
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         QVERIFY(walk(XK_Right, {"photo 1", "photo 2"}));
 
         press({XK_Right});
@@ -58,9 +56,7 @@ private slots:
     void preloadingGoesOnPastAPhotoThatStalls() {
         writePhotos(8, readablePhotoSize);
         m_disk->stall(DiskCall::Read, nameOf(2));
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         SOON(m_disk->count(DiskCall::Read, nameOf(7)) > 0);
         QCOMPARE(m_disk->count(DiskCall::Read, nameOf(2)), 1);
         QCOMPARE(m_disk->stalled(), 1);
@@ -76,9 +72,7 @@ private slots:
             m_disk->stall(DiskCall::Read, nameOf(index));
         }
         m_photos->write("other.jpg", readablePhoto(7));
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         for (int index = 1; index < last; ++index) {
             press({XK_Right});
             SOON(m_disk->count(DiskCall::Read, nameOf(index)) > 1); // both decodes are under way
@@ -99,9 +93,7 @@ private slots:
 
     void aDiskThatNeitherReadsNorFindsHoldsUpNoKey() {
         writePhotos(8, readablePhotoSize);
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         QVERIFY(walk(XK_Right, {"photo 1"}));
         SOON(m_disk->count(DiskCall::Read, nameOf(7)) > 0); // those before it are preloaded
         m_disk->stall(DiskCall::Look);
@@ -118,9 +110,7 @@ private slots:
 
     void aZoomWhoseFileStallsSharpensWhenItComes() {
         writePhotos(3, readablePhotoSize * 8);
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         SOON(m_disk->count(DiskCall::Read, nameOf(2)) > 0);
         m_disk->stall(DiskCall::Read, nameOf(0));
         m_screen->movePointer(m_application->window().content.center());
@@ -139,9 +129,7 @@ private slots:
     void keysAreAnsweredWhileEachReadTakesItsTime() {
         writePhotos(6, readablePhotoSize * 4);
         m_disk->slowDown(DiskCall::Read, 200ms);
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         m_disk->stall(DiskCall::Read);
         press({XK_Right, approveKey});
         SEES("photo 0, approved"); // before the photo can have come
@@ -154,9 +142,7 @@ private slots:
 
     void theProgramEndsWhileReadsStall() {
         writePhotos(8, readablePhotoSize);
-        QVERIFY(start());
-        QVERIFY(openFolder(m_disk->url()));
-        SEES("photo 0");
+        QVERIFY(startOnDisk());
         SOON(m_disk->count(DiskCall::Read, nameOf(7)) > 0);
         QVERIFY(closeWindow());
 

@@ -1,6 +1,6 @@
 #include "Tests/EndToEnd/VirtualScreen.h"
 
-#include "Tests/EndToEnd/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <QStandardPaths>
 #include <QTest>

@@ -1,6 +1,6 @@
 #include "Tests/EndToEnd/WaylandScreen.h"
 
-#include "Tests/EndToEnd/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <QDir>
 #include <QLibraryInfo>

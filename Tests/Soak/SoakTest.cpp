@@ -1,8 +1,7 @@
-#include "Tests/EndToEnd/ChildProcess.h"
 #include "Tests/EndToEnd/VirtualScreen.h"
+#include "Tests/Support/ProgramRun.h"
 #include "Tests/Support/TemporaryFolder.h"
 
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -16,22 +15,10 @@ private slots:
     void aWrongCommandLineIsAnsweredWithTheUsage();
 
 private:
-    struct Outcome {
-        int status;
-        QString output;
-        QString errors;
-    };
-    static Outcome run(const QStringList& arguments);
+    static ProgramRun run(const QStringList& arguments) {
+        return runProgram(QStringLiteral(SOAK), arguments);
+    }
 };
-
-SoakTest::Outcome SoakTest::run(const QStringList& arguments) {
-    QProcess process;
-    endWithThisProcess(process);
-    process.start(QStringLiteral(SOAK), arguments);
-    process.waitForFinished(-1);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-        QString::fromUtf8(process.readAllStandardError())};
-}
 
 void SoakTest::aShortRunDoesAllThatALongOneDoes() {
     if (const QString lacking = VirtualScreen::lacking(); !lacking.isEmpty()) {
@@ -39,7 +26,7 @@ void SoakTest::aShortRunDoesAllThatALongOneDoes() {
     }
     const TemporaryFolder folder;
     const Platform::FileURL csv = folder.at("held.csv");
-    const Outcome outcome = run({"--minutes", "0.01", "--photos", "60", "--csv", csv.path().c_str()});
+    const ProgramRun outcome = run({"--minutes", "0.01", "--photos", "60", "--csv", csv.path().c_str()});
     QVERIFY2(outcome.status == 1, qPrintable(outcome.errors)); // too short to be judged by its memory
     QVERIFY(outcome.output.contains("FAIL  resident memory: too few samples to judge by"));
     for (const char* kind : {"right", "left", "right, held", "left, held", "right, after a move", "approve",
@@ -64,7 +51,7 @@ void SoakTest::aWrongCommandLineIsAnsweredWithTheUsage_data() {
 
 void SoakTest::aWrongCommandLineIsAnsweredWithTheUsage() {
     QFETCH(QStringList, arguments);
-    const Outcome outcome = run(arguments);
+    const ProgramRun outcome = run(arguments);
     QCOMPARE(outcome.status, 2);
     QCOMPARE(outcome.output, QString());
     QVERIFY(outcome.errors.contains("usage:"));

@@ -1,9 +1,9 @@
 #include "Tests/Support/JpegWriter.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/ProgramRun.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -21,28 +21,17 @@ private slots:
     void aWrongCommandLineIsAnsweredWithTheUsage();
 
 private:
-    struct Outcome {
-        int status;
-        QString output;
-        QString errors;
-    };
-    static Outcome run(const QStringList& arguments);
+    static ProgramRun run(const QStringList& arguments) {
+        return runProgram(QStringLiteral(DECODE_PHOTO), arguments);
+    }
     QString photo() const { return path(m_folder.write("photo.jpg", jpegFile(quadrants(QSize(900, 600))))); }
     static QString path(const Platform::FileURL& url) { return QString::fromStdString(url.path().native()); }
 
     TemporaryFolder m_folder;
 };
 
-DecodePhotoTest::Outcome DecodePhotoTest::run(const QStringList& arguments) {
-    QProcess process;
-    process.start(QStringLiteral(DECODE_PHOTO), arguments);
-    process.waitForFinished(-1);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-        QString::fromUtf8(process.readAllStandardError())};
-}
-
 void DecodePhotoTest::itPrintsTheSizeAndTheTime() {
-    const Outcome outcome = run({photo(), "200"});
+    const ProgramRun outcome = run({photo(), "200"});
     QCOMPARE(outcome.status, 0);
     QVERIFY(QRegularExpression("^200x133 [0-9]+\\.[0-9]\n$").match(outcome.output).hasMatch());
     QCOMPARE(outcome.errors, QString());
@@ -50,7 +39,7 @@ void DecodePhotoTest::itPrintsTheSizeAndTheTime() {
 }
 
 void DecodePhotoTest::itRepeatsTheDecode() {
-    const Outcome outcome = run({"--repeat", "3", photo(), "200"});
+    const ProgramRun outcome = run({"--repeat", "3", photo(), "200"});
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.output.count('\n'), 1);
 }
@@ -68,7 +57,7 @@ void DecodePhotoTest::itWritesThePicture() {
 }
 
 void DecodePhotoTest::aFileThatCannotBeDecodedIsAFailure() {
-    const Outcome outcome = run({path(m_folder.write("notes.jpg", "It rained.\n")), "200"});
+    const ProgramRun outcome = run({path(m_folder.write("notes.jpg", "It rained.\n")), "200"});
     QCOMPARE(outcome.status, 1);
     QCOMPARE(outcome.output, QString());
     QCOMPARE(
@@ -76,7 +65,7 @@ void DecodePhotoTest::aFileThatCannotBeDecodedIsAFailure() {
 }
 
 void DecodePhotoTest::aPictureThatCannotBeWrittenIsAFailure() {
-    const Outcome outcome = run({photo(), "200", path(m_folder.at("no folder/picture.png"))});
+    const ProgramRun outcome = run({photo(), "200", path(m_folder.at("no folder/picture.png"))});
     QCOMPARE(outcome.status, 1);
     QCOMPARE(outcome.output, QString());
     QVERIFY(outcome.errors.contains("could not be written"));
@@ -95,7 +84,7 @@ void DecodePhotoTest::aWrongCommandLineIsAnsweredWithTheUsage_data() {
 
 void DecodePhotoTest::aWrongCommandLineIsAnsweredWithTheUsage() {
     QFETCH(QStringList, arguments);
-    const Outcome outcome = run(arguments);
+    const ProgramRun outcome = run(arguments);
     QCOMPARE(outcome.status, 2);
     QCOMPARE(outcome.output, QString());
     QVERIFY(outcome.errors.contains("usage:"));

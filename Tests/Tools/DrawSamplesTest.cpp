@@ -1,9 +1,9 @@
+#include "Tests/Support/ProgramRun.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <QFileInfo>
 #include <QImageIOHandler>
 #include <QImageReader>
-#include <QProcess>
 #include <QTest>
 
 /// The program draw-samples, by its command line. Pictures are kept tiny: what is drawn does not depend on
@@ -26,21 +26,12 @@ private slots:
     void aWrongCommandLineIsAnsweredWithTheUsage();
 
 private:
-    struct Outcome {
-        int status;
-        QString errors;
-    };
-    static Outcome run(const QStringList& arguments);
+    static ProgramRun run(const QStringList& arguments) {
+        return runProgram(QStringLiteral(DRAW_SAMPLES), arguments);
+    }
     static QString path(const Platform::FileURL& url) { return QString::fromStdString(url.path().native()); }
     static QImage picture(const Platform::FileURL& file);
 };
-
-DrawSamplesTest::Outcome DrawSamplesTest::run(const QStringList& arguments) {
-    QProcess process;
-    process.start(QStringLiteral(DRAW_SAMPLES), arguments);
-    process.waitForFinished(-1);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardError())};
-}
 
 /// As it is to be seen, upright.
 QImage DrawSamplesTest::picture(const Platform::FileURL& file) {
@@ -136,7 +127,7 @@ void DrawSamplesTest::theFolderIsMadeWhereItIsMissing() {
 void DrawSamplesTest::aFolderThatCannotBeMadeIsAFailure() {
     const TemporaryFolder folder;
     const Platform::FileURL file = folder.write("file", "in the way");
-    const Outcome outcome = run({path(file), "1", "--size", "3x2"});
+    const ProgramRun outcome = run({path(file), "1", "--size", "3x2"});
     QCOMPARE(outcome.status, 1);
     QVERIFY(outcome.errors.contains(path(file)));
 }
@@ -144,7 +135,7 @@ void DrawSamplesTest::aFolderThatCannotBeMadeIsAFailure() {
 void DrawSamplesTest::aPictureThatCannotBeWrittenIsAFailureThatLeavesNothingHalfDone() {
     const TemporaryFolder folder;
     folder.makeFolder("VTR_0001.JPG/full");
-    const Outcome outcome = run({path(folder.url()), "1", "--size", "3x2"});
+    const ProgramRun outcome = run({path(folder.url()), "1", "--size", "3x2"});
     QCOMPARE(outcome.status, 1);
     QVERIFY(outcome.errors.contains("VTR_0001.JPG"));
     QCOMPARE(namesIn(folder.url()), std::vector<std::string>{"VTR_0001.JPG"});
@@ -165,7 +156,7 @@ void DrawSamplesTest::aWrongCommandLineIsAnsweredWithTheUsage_data() {
 
 void DrawSamplesTest::aWrongCommandLineIsAnsweredWithTheUsage() {
     QFETCH(const QStringList, arguments);
-    const Outcome outcome = run(arguments);
+    const ProgramRun outcome = run(arguments);
     QCOMPARE(outcome.status, 2);
     QVERIFY(outcome.errors.startsWith("usage: draw-samples "));
     QVERIFY(!QFileInfo::exists("folder"));

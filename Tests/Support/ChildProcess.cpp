@@ -1,4 +1,4 @@
-#include "Tests/EndToEnd/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <linux/capability.h>
 #include <sys/prctl.h>
