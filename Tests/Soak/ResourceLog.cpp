@@ -8,12 +8,24 @@
 #include <stdexcept>
 #include <string>
 
-Resources resourcesOf(qint64 processId) {
-    const std::filesystem::path folder = "/proc/" + std::to_string(processId);
-    std::ifstream status(folder / "status");
-    if (!status) {
+namespace {
+
+std::filesystem::path folderOf(qint64 processId) {
+    return "/proc/" + std::to_string(processId);
+}
+
+std::ifstream openedFor(qint64 processId, const char* name) {
+    std::ifstream file(folderOf(processId) / name);
+    if (!file) {
         throw std::runtime_error("the application has ended");
     }
+    return file;
+}
+
+} // namespace
+
+Resources resourcesOf(qint64 processId) {
+    std::ifstream status = openedFor(processId, "status");
     Resources resources;
     for (std::string name; status >> name; status.ignore(1024, '\n')) {
         double number = 0;
@@ -25,9 +37,20 @@ Resources resourcesOf(qint64 processId) {
             resources.threads = number;
         }
     }
-    const std::filesystem::directory_iterator descriptors(folder / "fd");
+    const std::filesystem::directory_iterator descriptors(folderOf(processId) / "fd");
     resources.fileDescriptors = static_cast<double>(std::distance(begin(descriptors), end(descriptors)));
     return resources;
+}
+
+double readFromDiskBy(qint64 processId) {
+    std::ifstream io = openedFor(processId, "io");
+    for (std::string name; io >> name;) {
+        double bytes = 0;
+        if (name == "read_bytes:" && io >> bytes) {
+            return bytes / 1024;
+        }
+    }
+    return 0;
 }
 
 std::vector<ResourceLog::Sample> ResourceLog::restingSince(double hours) const {

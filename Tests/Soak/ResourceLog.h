@@ -15,6 +15,10 @@ struct Resources {
 /// What that process holds now; throws std::runtime_error where there is none.
 Resources resourcesOf(qint64 processId);
 
+/// How much a process has had read from the disk so far, in KiB: files, and pages of programs that were not in memory any more.
+/// Throws as resourcesOf() does.
+double readFromDiskBy(qint64 processId);
+
 /// What a process held in the course of time.
 class ResourceLog {
 public:

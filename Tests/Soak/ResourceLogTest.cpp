@@ -1,10 +1,12 @@
 #include "Tests/Soak/ResourceLog.h"
 
 #include "Tests/Support/Sanitizers.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <QStringList>
 #include <QTest>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -41,8 +43,26 @@ private slots:
         QVERIFY(after.anonymous < after.resident);
     }
 
+    void aReadFromTheDiskIsCounted() {
+        const TemporaryFolder folder;
+        constexpr int kibibytes = 512;
+        const auto file = folder.write("file", QByteArray(kibibytes * 1024, 'x'));
+        const int descriptor = open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
+        fsync(descriptor);
+        posix_fadvise(descriptor, 0, 0, POSIX_FADV_DONTNEED); // out of memory
+        const double before = readFromDiskBy(getpid());
+        QCOMPARE(contentOf(file).size(), kibibytes * 1024);
+        const double read = readFromDiskBy(getpid()) - before;
+        close(descriptor);
+        if (read == 0) {
+            QSKIP("the temporary folder is not on a disk");
+        }
+        QVERIFY2(read >= kibibytes && read < 2 * kibibytes, qPrintable(QString::number(read)));
+    }
+
     void aProcessThatIsGoneIsAFailure() {
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, resourcesOf(std::numeric_limits<int>::max()));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, readFromDiskBy(std::numeric_limits<int>::max()));
     }
 
     void theTrendIsTheLineThroughTheSamplesAtRestSinceThen() {

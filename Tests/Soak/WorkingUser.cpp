@@ -1,6 +1,7 @@
 #include "Tests/Soak/WorkingUser.h"
 
 #include "Tests/EndToEnd/OpeningFolders.h"
+#include "Tests/Soak/ResourceLog.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <QTest>
@@ -102,15 +103,18 @@ void WorkingUser::pause(std::chrono::milliseconds time) const {
     m_betweenKeys();
 }
 
-/// What the screen shows now was asked for then. Slow keys are told at once, to whoever watches.
+/// What the screen shows now was asked for then. Slow keys are told at once, to whoever watches, with what the disk may have to do
+/// with them.
 void WorkingUser::note(const QString& kind, Clock::time_point asked) {
     constexpr double slow = 100;
     const double time = millisecondsSince(asked);
     m_keys.add(kind, time);
+    const double readBefore = std::exchange(m_readFromDisk, readFromDiskBy(m_application.window().processId));
     if (time > slow) {
-        std::fprintf(stderr, "%s: %s took %.0f ms at %s\n",
+        std::fprintf(stderr,
+            "%s: %s took %.0f ms at %s; %.0f KiB were read from the disk since the key before\n",
             qPrintable(QTime::currentTime().toString("HH:mm:ss.zzz")), qPrintable(kind), time,
-            m_photos.name(m_expected.photo()).c_str());
+            m_photos.name(m_expected.photo()).c_str(), m_readFromDisk - readBefore);
     }
 }
 
@@ -302,17 +306,16 @@ void WorkingUser::move(Verdict verdict, Key key, const std::string& subfolder) {
     const QImage numbers = m_screen.picture(counter()); // change with every move; the photo may look the same
     const auto start = Clock::now();
     m_screen.press({XK_Control_L, key});
-    waitFor(QStringLiteral("moving"), [&] {
-        return m_screen.picture(counter()) != numbers && exists(folder) && namesIn(folder) == names &&
-               showsExpected();
-    });
-    m_fileOperations.add(
-        QStringLiteral("move ") + QString::fromStdString(subfolder), millisecondsSince(start));
+    const QString kind = QStringLiteral("move ") + QString::fromStdString(subfolder);
+    waitFor(kind, [&] { return m_screen.picture(counter()) != numbers; });
+    note(kind, start);
+    waitFor(kind, [&] { return exists(folder) && namesIn(folder) == names && showsExpected(); });
+    m_fileOperations.add(kind + QStringLiteral(", and the photo"), millisecondsSince(start));
     m_movedPhotos += static_cast<int>(names.size());
 }
 
 /// After a move, a photo may first show as the one that stood in its place before, until its large picture comes. What
-/// its key does is seen by the number of the photo at once.
+/// a key does is seen by the number of the photo at once.
 void WorkingUser::moveMarkedPhotos() {
     constexpr int steps = 5;
     const std::pair<Verdict, std::pair<Key, std::string>> moves[] = {

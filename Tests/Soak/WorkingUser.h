@@ -85,6 +85,7 @@ private:
     ExpectedCulling m_expected;
     KeyTimes m_keys;
     KeyTimes m_fileOperations;
+    double m_readFromDisk = 0; ///< by the application, in KiB, up to the last key
     int m_heldPhotos = 0;
     int m_passedPhotos = 0;
     int m_movedPhotos = 0;
