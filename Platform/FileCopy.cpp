@@ -103,7 +103,12 @@ bool isSameOnDisk(int source, int copy) {
 /// Whether a file system refused something that it, or the user's rights on it, have no room for: a memory
 /// card knows neither owners nor attributes, which must not keep a photo from being moved there.
 bool isBeyondFileSystem(int code) {
-    return code == EPERM || code == ENOTSUP || code == EINVAL;
+    return code == EPERM || code == EACCES || code == ENOTSUP || code == EINVAL || code == ENOSYS;
+}
+
+/// The same for attributes, which may be too long for it, or too many.
+bool isBeyondAttributes(int code) {
+    return isBeyondFileSystem(code) || code == E2BIG || code == ENOSPC || code == ERANGE;
 }
 
 bool copyUserAttribute(int source, int copy, const char* name) {
@@ -116,12 +121,12 @@ bool copyUserAttributes(int source, int copy) {
     std::vector<char> names(XATTR_LIST_MAX);
     const ssize_t size = flistxattr(source, names.data(), names.size());
     if (size < 0) {
-        return isBeyondFileSystem(errno);
+        return isBeyondAttributes(errno);
     }
     const char* const end = names.data() + size;
     for (const char* name = names.data(); name < end; name += std::string_view(name).size() + 1) {
         if (std::string_view(name).starts_with("user.") && !copyUserAttribute(source, copy, name) &&
-            !isBeyondFileSystem(errno)) {
+            !isBeyondAttributes(errno)) {
             return false;
         }
     }
@@ -158,6 +163,15 @@ Result<void> copyFile(const DirectoryEntry& source, const struct stat& status, c
     }));
     if (!sourceFile) {
         return failure(source, errno);
+    }
+    struct stat opened = {};
+    if (fstat(sourceFile.get(), &opened) != 0) {
+        return failure(source, errno);
+    }
+    if (!isUnchanged(status, opened)) { // what has its name by now is not what is to be moved
+        return Error(
+            QStringLiteral("“%1” could not be copied to the other disk: another program is changing it.")
+                .arg(displayText(source.name)));
     }
     const FileDescriptor copyFile(retryInterrupted([&] {
         return openat(

@@ -22,7 +22,8 @@ Result<void> removeItem(const FileURL& item);
 /// Moves an entry (a link moves as a link) to a place whose folder exists, replacing a file, a link or an
 /// empty folder that is there. At every moment, also after a kill or a power cut, the entry stands whole at
 /// source or at target, and what it replaces is not lost before the new one is in place. On failure source
-/// and target are as before. To another device the content is copied, checked and kept with times and mode
+/// and target are as before, but where the source's disk goes away while the source is removed: then target stays, too,
+/// since it may be all that is left. To another device the content is copied, checked and kept with times and mode
 /// before the source goes; a kill in the middle may leave a hidden file, ".vantrel-" and a number, beside the
 /// target.
 Result<void> moveItem(const FileURL& source, const FileURL& target);

@@ -99,11 +99,9 @@ private:
         }
         m_isKeptFolder = S_ISDIR(status->st_mode);
         const int code = m_isKeptFolder ? keepEmptyFolder() : keepFile();
-        if (code != 0) {
-            return notReplaced(m_place, code);
-        }
-        m_hasKept = true;
-        return {};
+        // A disk may report as failed what it has done.
+        m_hasKept = code == 0 || statusOf(m_kept);
+        return code == 0 ? Result<void>() : notReplaced(m_place, code);
     }
 
     /// By a second name where the file system knows such, since then the place is never empty.
@@ -154,6 +152,16 @@ int checkRemovable(const DirectoryEntry& source) {
     return faccessat(source.folder, ".", W_OK | X_OK, AT_EACCESS) == 0 ? 0 : errno;
 }
 
+/// Whether the source of a move that has failed is known to be there.
+enum class Presence { There, Gone, Unknown };
+
+Presence presenceOf(const DirectoryEntry& entry) {
+    if (statusOf(entry)) {
+        return Presence::There;
+    }
+    return errno == ENOENT ? Presence::Gone : Presence::Unknown;
+}
+
 /// Removes the source of a copy that stands safely in its place; a source that has changed meanwhile stays.
 Result<void> removeCopied(const DirectoryEntry& source, const struct stat& status) {
     const auto now = statusOf(source);
@@ -184,13 +192,20 @@ Result<void> moveToOtherDevice(
     if (const int code = syncFolder(target.folder)) {
         return notMoved(source, code);
     }
-    if (auto removed = removeCopied(source, status); !removed) {
+    auto removed = removeCopied(source, status);
+    const Presence left = removed ? Presence::Gone : presenceOf(source);
+    if (left == Presence::There) {
+        return removed; // the copy is taken back
+    }
+    // From here on the copy may be all that is left of the photo: a disk that goes away, or a network, may report as failed
+    // what it has done.
+    replacement.confirm();
+    if (left == Presence::Unknown) {
         return removed;
     }
     // The move is done. Should this fail, the worst is that a power cut brings the source back beside its
     // copy.
     (void)syncFolder(source.folder);
-    replacement.confirm();
     return {};
 }
 
@@ -225,7 +240,11 @@ Result<void> moveEntry(const DirectoryEntry& source, const DirectoryEntry& targe
     if (*isSame) {
         return {};
     }
-    if (const auto there = statusOf(target); there && areTwoLinks(*status, *there)) {
+    const auto there = statusOf(target);
+    if (!there && errno != ENOENT) {
+        return notReplaced(target, errno);
+    }
+    if (there && areTwoLinks(*status, *there)) {
         return removeSource(source); // renaming would do nothing and call it a success
     }
     switch (const int code = renameEntry(source, target)) {

@@ -32,6 +32,8 @@ struct Disturbance {
     std::string call{};          ///< which calls count; all where empty
     int atCall = 0;              ///< at the call of this number, from 1
     std::function<int()> act{};  ///< this happens instead of it where errno is given, or before it where 0
+    bool isDone = false;         ///< a change is made all the same, and then reported as failed
+    bool isForever = false;      ///< it happens at all calls from that one on
 
     int calls = 0;
     std::string disturbed{}; ///< the call at which it happened
@@ -41,14 +43,31 @@ Disturbance* current = nullptr;
 
 /// Whether the call fails, errno being set then.
 bool isDisturbed(const char* call) {
-    if (!current || (!current->call.empty() && current->call != call) ||
-        ++current->calls != current->atCall) {
+    if (!current || (!current->call.empty() && current->call != call)) {
+        return false;
+    }
+    ++current->calls;
+    if (current->isForever ? current->calls < current->atCall : current->calls != current->atCall) {
         return false;
     }
     current->disturbed = call;
     const int code = current->act();
     errno = code;
     return code != 0;
+}
+
+/// Makes a change of the disk, or not, as it is disturbed.
+template <typename Change>
+int disturbedChange(const char* call, Change change) {
+    if (!isDisturbed(call)) {
+        return change();
+    }
+    if (current->isDone) {
+        const int code = errno;
+        change();
+        errno = code;
+    }
+    return -1;
 }
 
 std::size_t allowedSize(std::size_t size) {
@@ -97,30 +116,28 @@ ssize_t __wrap_write(int file, const void* buffer, size_t size) {
     return __real_write(file, buffer, allowedSize(size));
 }
 int __wrap_renameat(int fromFolder, const char* from, int toFolder, const char* to) {
-    if (isDisturbed("renameat")) {
-        return -1;
-    }
-    if (current && current->otherDevice && fromFolder != toFolder) {
-        errno = EXDEV;
-        return -1;
-    }
-    return __real_renameat(fromFolder, from, toFolder, to);
+    return disturbedChange("renameat", [&] {
+        if (current && current->otherDevice && fromFolder != toFolder) {
+            errno = EXDEV;
+            return -1;
+        }
+        return __real_renameat(fromFolder, from, toFolder, to);
+    });
 }
 int __wrap_linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) {
-    if (isDisturbed("linkat")) {
-        return -1;
-    }
-    if (current && current->noHardLinks) {
-        errno = EPERM;
-        return -1;
-    }
-    return __real_linkat(fromFolder, from, toFolder, to, flags);
+    return disturbedChange("linkat", [&] {
+        if (current && current->noHardLinks) {
+            errno = EPERM;
+            return -1;
+        }
+        return __real_linkat(fromFolder, from, toFolder, to, flags);
+    });
 }
 int __wrap_unlinkat(int folder, const char* name, int flags) {
-    return isDisturbed("unlinkat") ? -1 : __real_unlinkat(folder, name, flags);
+    return disturbedChange("unlinkat", [&] { return __real_unlinkat(folder, name, flags); });
 }
 int __wrap_symlinkat(const char* content, int folder, const char* name) {
-    return isDisturbed("symlinkat") ? -1 : __real_symlinkat(content, folder, name);
+    return disturbedChange("symlinkat", [&] { return __real_symlinkat(content, folder, name); });
 }
 ssize_t __wrap_readlinkat(int folder, const char* name, char* buffer, size_t size) {
     return isDisturbed("readlinkat") ? -1 : __real_readlinkat(folder, name, buffer, size);
@@ -308,6 +325,39 @@ private:
         QVERIFY(number < mostCalls);
     }
 
+    /// Disturbs the row's move at every call in turn, with that errno: the photo stands whole at the one place or the other, and
+    /// what it was to replace is there as long as the photo is not in its place.
+    static void loseNothing(const Disturbance& kind, int code) {
+        QFETCH(bool, otherDevice);
+        QFETCH(bool, noHardLinks);
+        QFETCH(QByteArray, photo);
+        QFETCH(QByteArray, old);
+        int number = 0;
+        for (bool wasReached = true; wasReached && number < mostCalls;) {
+            const Scene scene(photo.toStdString(), old.toStdString());
+            Disturbance disturbance = kind;
+            disturbance.otherDevice = otherDevice;
+            disturbance.noHardLinks = noHardLinks;
+            disturbance.atCall = ++number;
+            disturbance.act = [code] { return code; };
+            const bool isMoved = bool(scene.move(disturbance));
+            wasReached = disturbance.calls >= number;
+            const auto where = disturbance.disturbed + ", call " + std::to_string(number);
+            const std::string source = descriptionOf(scene.source);
+            const std::string target = descriptionOf(scene.target);
+            const bool isInPlace = target == photo.toStdString();
+            QVERIFY2(isInPlace || source == photo.toStdString(), where.c_str());
+            QVERIFY2(!isMoved || (isInPlace && source.empty()), where.c_str());
+            if (!isInPlace && !old.isEmpty()) {
+                QVERIFY2(target == old.toStdString() ||
+                             scene.leftOver().find(old.toStdString() + "\n") != std::string::npos,
+                    where.c_str());
+            }
+        }
+        QVERIFY(number > 4);
+        QVERIFY(number < mostCalls);
+    }
+
 private slots:
     void initTestCase() {
         // Thousands of small files: in memory where there is a folder for that, lest the disk be waited for.
@@ -324,6 +374,19 @@ private slots:
 
     void eachInterruptionLeavesEverythingWhole_data() { addScenes(); }
     void eachInterruptionLeavesEverythingWhole() { failEveryCall(EINTR); }
+
+    void eachChangeThatIsReportedAsFailedLosesNothing_data() { addScenes(); }
+    void eachChangeThatIsReportedAsFailedLosesNothing() {
+        loseNothing({.isDone = true}, EIO);
+        loseNothing({.isDone = true}, ENOENT);
+    }
+
+    void aDiskThatIsGoneFromSomeCallOnLosesNothing_data() { addScenes(); }
+    void aDiskThatIsGoneFromSomeCallOnLosesNothing() {
+        loseNothing({.isForever = true}, EIO);
+        loseNothing(
+            {.isDone = true, .isForever = true}, ENODEV); // as a server whose answers do not come through
+    }
 
     void eachKillLeavesThePhotoAndWhatItReplaces_data() { addScenes(); }
     void eachKillLeavesThePhotoAndWhatItReplaces() {
@@ -408,6 +471,24 @@ private slots:
             QCOMPARE(descriptionOf(scene.target), std::string("file of old"));
             QCOMPARE(scene.leftOver(), std::string());
         }
+    }
+
+    void aFileThatHasTakenThePhotosNameIsNotMovedForIt() {
+        const Scene scene("file of photo", "file of old");
+        Disturbance disturbance{.otherDevice = true};
+        disturbance.call = "faccessat"; // after the look at the photo, before it is opened
+        disturbance.atCall = 1;
+        disturbance.act = [&] {
+            current = nullptr;
+            make(scene.folder.at("another"), "file of another");
+            fs::rename(scene.folder.at("another").path(), scene.source.path());
+            current = &disturbance;
+            return 0;
+        };
+        QVERIFY(!scene.move(disturbance));
+        QCOMPARE(descriptionOf(scene.source), std::string("file of another"));
+        QCOMPARE(descriptionOf(scene.target), std::string("file of old"));
+        QCOMPARE(scene.leftOver(), std::string());
     }
 
     void aLockedDiskIsNoticedBeforeTheCopying() {
