@@ -1,5 +1,6 @@
 #include "Platform/Bookmark.h"
 
+#include "Platform/AnswerWithin.h"
 #include "Platform/DirectoryListing.h"
 
 #include <QDataStream>
@@ -127,39 +128,45 @@ std::optional<FileURL> findIn(const FileURL& parent, const Identity& identity) {
     return std::nullopt;
 }
 
+Error notFound(const FileURL& folder, int code) {
+    return Error::ofSystemCall(
+        QStringLiteral("The folder “%1” could not be found"), folder.lastPathComponent(), code);
+}
+
+Result<Resolved> find(const Content& content) {
+    const FileURL& url = content.url;
+    const auto identityAtPath = identityOf(url.path().c_str());
+    const int code = identityAtPath ? 0 : errno;
+    if (identityAtPath == content.identity) {
+        return Resolved{url, false};
+    }
+    // Without a time of birth the numbers may have been given anew, as when a memory card is put in again.
+    if (content.identity.hasBirth || !identityAtPath) {
+        if (auto renamed = findIn(url.deletingLastPathComponent(), content.identity)) {
+            return Resolved{*std::move(renamed), true};
+        }
+    }
+    return identityAtPath ? Result<Resolved>(Resolved{url, true}) : notFound(url, code);
+}
+
 } // namespace
 
 Result<QByteArray> create(const FileURL& folder) {
     const auto identity = identityOf(folder.path().c_str());
     if (!identity) {
-        return Error::ofSystemCall(
-            QStringLiteral("The folder “%1” could not be found"), folder.lastPathComponent(), errno);
+        return notFound(folder, errno);
     }
     return encode({*identity, folder});
 }
 
 Result<Resolved> resolve(const QByteArray& data) {
+    constexpr std::chrono::seconds patience{2};
     const auto content = decode(data);
     if (!content) {
         return Error(QStringLiteral("The reference to the folder cannot be read."));
     }
-    const FileURL& url = content->url;
-    const auto identityAtPath = identityOf(url.path().c_str());
-    const int code = identityAtPath ? 0 : errno;
-    if (identityAtPath == content->identity) {
-        return Resolved{url, false};
-    }
-    // Without a time of birth the numbers may have been given anew, as when a memory card is put in again.
-    if (content->identity.hasBirth || !identityAtPath) {
-        if (auto renamed = findIn(url.deletingLastPathComponent(), content->identity)) {
-            return Resolved{*std::move(renamed), true};
-        }
-    }
-    if (identityAtPath) {
-        return Resolved{url, true};
-    }
-    return Error::ofSystemCall(
-        QStringLiteral("The folder “%1” could not be found"), url.lastPathComponent(), code);
+    const auto found = answerWithin(patience, [content = *content] { return find(content); });
+    return found ? *found : notFound(content->url, ETIMEDOUT);
 }
 
 } // namespace Platform::Bookmark

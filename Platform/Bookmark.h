@@ -20,7 +20,8 @@ Result<QByteArray> create(const FileURL& folder);
 
 /// The folder that the data refers to: at its path; or, renamed in place, under its new name beside it
 /// (stale); or a folder at the path that is not the same one (stale). An error where there is neither, and
-/// for data that create() did not make.
+/// for data that create() did not make. A disk that does not answer within two seconds counts as one that is not there. Blocks;
+/// any thread.
 Result<Resolved> resolve(const QByteArray& data);
 
 } // namespace Bookmark

@@ -39,6 +39,8 @@ QString reason(int code) {
     case ECONNABORTED:
     case ESTALE:
         return QStringLiteral("the disk is not there any more");
+    case ETIMEDOUT:
+        return QStringLiteral("the disk does not answer");
     case ENAMETOOLONG:
         return QStringLiteral("the name is too long");
     case ELOOP:

@@ -1,5 +1,7 @@
 #include "Platform/FolderChooser.h"
 
+#include "Platform/AnswerWithin.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -10,6 +12,10 @@
 #include <QStandardPaths>
 #include <QWindow>
 
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
 namespace Platform {
 
 namespace {
@@ -18,6 +24,15 @@ namespace {
 QString usualFolder() {
     const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
+}
+
+/// Whether it is a folder; nothing where its disk does not answer soon.
+std::optional<bool> isFolder(const FileURL& url) {
+    constexpr std::chrono::milliseconds patience{500};
+    return answerWithin(patience, [path = url.path()] {
+        std::error_code code;
+        return std::filesystem::is_directory(path, code);
+    });
 }
 
 /// As dark as the rest of the application; choosers of the desktop keep their own colours.
@@ -40,20 +55,26 @@ QPalette darkPalette() {
 } // namespace
 
 std::optional<FileURL> runFolderChooser(const QString& message, const FileURL& start) {
-    QFileDialog chooser(
-        nullptr, message, start.isEmpty() ? usualFolder() : QFile::decodeName(start.path().c_str()));
-    chooser.setPalette(darkPalette());
-    chooser.setFileMode(QFileDialog::Directory);
-    chooser.setOption(QFileDialog::ShowDirsOnly);
-    chooser.setLabelText(QFileDialog::Accept, QStringLiteral("Open"));
-    chooser.winId(); // makes its window, so that it can be tied to ours and does not fall behind it
-    chooser.windowHandle()->setTransientParent(QGuiApplication::focusWindow());
-    const bool accepted = chooser.exec() == QDialog::Accepted;
+    const bool canStartThere =
+        isFolder(start).value_or(false); // else the chooser would wait for it, and the window with it
+    auto chooser = std::make_unique<QFileDialog>(
+        nullptr, message, canStartThere ? QFile::decodeName(start.path().c_str()) : usualFolder());
+    chooser->setPalette(darkPalette());
+    chooser->setFileMode(QFileDialog::Directory);
+    chooser->setOption(QFileDialog::ShowDirsOnly);
+    chooser->setLabelText(QFileDialog::Accept, QStringLiteral("Open"));
+    chooser->winId(); // makes its window, so that it can be tied to ours and does not fall behind it
+    chooser->windowHandle()->setTransientParent(QGuiApplication::focusWindow());
+    const bool isAccepted = chooser->exec() == QDialog::Accepted;
+    const QStringList chosen = isAccepted ? chooser->selectedFiles() : QStringList();
+    if (!isFolder(start)) {
+        (void)chooser.release(); // it looks at all disks, on a thread that its end would wait for
+    }
     QPixmapCache::clear(); // the style keeps drawings by the palette, which the next chooser has anew
-    if (!accepted || chooser.selectedFiles().isEmpty()) {
+    if (chosen.isEmpty()) {
         return std::nullopt;
     }
-    const QByteArray path = QFile::encodeName(chooser.selectedFiles().constFirst());
+    const QByteArray path = QFile::encodeName(chosen.constFirst());
     return FileURL(std::filesystem::path(path.toStdString()));
 }
 

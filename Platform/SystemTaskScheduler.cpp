@@ -11,8 +11,8 @@ namespace Platform {
 namespace {
 
 // A cancelled decode makes room at once, so a few threads would do; the rest are for reads that a dead network or a
-// dying disk does not return from, which must not hold up the photos elsewhere.
-constexpr int maximumThreads = 256;
+// dying disk does not return from, which must not hold up the photos elsewhere: as many as a held key leaves in half a minute.
+constexpr int maximumThreads = 1024;
 
 constexpr auto stepEvent = QEvent::User;
 

@@ -9,6 +9,7 @@
 #include <deque>
 #include <list>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace Platform {
@@ -89,11 +90,20 @@ void WorkerPool::run(const Task& task, std::function<void()> work) {
         m_state->waiting.push_back({task, std::move(work)});
         if (std::ssize(m_state->waiting) > m_state->idleThreads &&
             m_state->threads < m_state->maximumThreads) {
-            std::thread(&WorkerPool::serve, m_state).detach();
-            ++m_state->threads;
+            addThread(m_state);
         }
     }
     m_state->hasWork.notify_one();
+}
+
+/// Where the system gives no more threads, what waits is for those that there are.
+void WorkerPool::addThread(const std::shared_ptr<State>& state) {
+    try {
+        std::thread(&WorkerPool::serve, state).detach();
+        ++state->threads;
+    } catch (const std::system_error&) {
+        // another is tried when more work comes
+    }
 }
 
 void WorkerPool::serve(const std::shared_ptr<State>& state) {

@@ -8,8 +8,8 @@
 
 namespace Platform {
 
-/// Threads that run work in the order in which it comes. A thread is added where none is free, up to a bound; those that have had
-/// nothing to do for two seconds end, but for one.
+/// Threads that run work in the order in which it comes. A thread is added where none is free, up to a bound, and as long as the
+/// system gives any; those that have had nothing to do for two seconds end, but for one.
 class WorkerPool {
 public:
     /// @param priority  of the threads: those for background work run where nothing else wants to
@@ -27,6 +27,7 @@ public:
 private:
     struct State;
 
+    static void addThread(const std::shared_ptr<State>& state);
     static bool waitForWork(State& state, std::unique_lock<std::mutex>& lock);
     static void serve(const std::shared_ptr<State>& state);
 

@@ -197,6 +197,7 @@ protected:
 
     // Folder: CullingViewModelFolder.cpp
     void loadFolder(const Platform::FileURL& url);
+    void loadFirstImage();
     void saveBookmark(const Platform::FileURL& url);
     Platform::FileURL restoreBookmark();
     std::unique_ptr<SecurityScopedResource> accessToFolder() const;

@@ -1,4 +1,5 @@
 // Opening, scanning and remembering folders.
+#include "Platform/AnswerWithin.h"
 #include "Platform/Bookmark.h"
 #include "Platform/FileManager.h"
 #include "Platform/FolderAccess.h"
@@ -81,10 +82,25 @@ void CullingViewModel::loadFolder(const FileURL& url) {
         setCurrentImage(Image());
         return;
     }
-    const Image firstImage = loadThumbnail(m_photoItems.front().url(), largePixelSize);
-    setCurrentImage(firstImage);
-    m_imageCache.write(0, cacheEntry(firstImage));
+    loadFirstImage();
     preloadAllSmallThumbnails();
+}
+
+/// The window waits for the first photo, so that it never shows without; but not for ever.
+void CullingViewModel::loadFirstImage() {
+    constexpr std::chrono::seconds patience{3};
+    const Platform::Task task;
+    const auto image = Platform::answerWithin(patience,
+        [url = m_photoItems.front().url(), task] { return loadThumbnail(url, largePixelSize, task); });
+    if (image) {
+        setCurrentImage(*image);
+        m_imageCache.write(0, cacheEntry(*image));
+        return;
+    }
+    task.cancel();
+    setCurrentImage(Image());
+    cancel(m_currentLoadTask);
+    loadCurrentImage(0, largePixelSize, m_imageCache);
 }
 
 void CullingViewModel::saveBookmark(const FileURL& url) {

@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -44,12 +45,17 @@ bool runAbandonably(
     std::function<void(const Task&)> work, const Task& task, std::chrono::nanoseconds patience) {
     const auto ending = std::make_shared<Ending>();
     const Task own;
-    std::thread thread([ending, own, work = std::move(work)] {
-        work(own);
-        const std::lock_guard lock(ending->mutex);
-        ending->hasCome = true;
-        ending->changed.notify_one();
-    });
+    std::thread thread;
+    try {
+        thread = std::thread([ending, own, work = std::move(work)] {
+            work(own);
+            const std::lock_guard lock(ending->mutex);
+            ending->hasCome = true;
+            ending->changed.notify_one();
+        });
+    } catch (const std::system_error&) {
+        return false;
+    }
     std::unique_lock lock(ending->mutex);
     while (!ending->changed.wait_for(lock, interval, [&] { return ending->hasCome; })) {
         if (task.isCancelled() || processorTime(thread) > patience) {

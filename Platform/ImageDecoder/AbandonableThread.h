@@ -14,7 +14,7 @@ namespace Platform {
 /// @param work      is given a task of its own, cancelled when it is abandoned, so that it may end
 /// @param task      of the one who waits: once it is cancelled, the work is abandoned within some milliseconds
 /// @param patience  the processor time that the work may take; while it waits for a slow disk it takes none
-/// @return whether the work has ended
+/// @return whether the work has ended; false also where the system gives no thread for it
 ///
 /// Blocking; any thread.
 bool runAbandonably(

@@ -108,6 +108,42 @@ private slots:
         QVERIFY(walk(XK_Left, {"photo 3"}));
     }
 
+    void aDiskThatAnswersNothingIsLeftForAnother() {
+        writePhotos(3, readablePhotoSize);
+        m_photos->write("other.jpg", readablePhoto(7));
+        QVERIFY(startOnDisk());
+        SOON(m_disk->count(DiskCall::Read, nameOf(2)) > 0);
+        m_disk->stall(DiskCall::Look);
+        m_disk->stall(DiskCall::Read);
+        QVERIFY(openFolder(m_photos->url())); // by a chooser that does not begin where nothing answers
+        SEES("photo 7");
+    }
+
+    void aRememberedFolderThatDoesNotAnswerIsLeftAloneAndKept() {
+        writePhotos(3, readablePhotoSize);
+        QVERIFY(startOnDisk());
+        QVERIFY(closeWindow());
+        m_disk->stall(DiskCall::Look);
+        QVERIFY(start());
+        SEES("open a folder");
+        QVERIFY(closeWindow());
+        m_disk->release();
+        QVERIFY(start());
+        SEES("photo 0");
+    }
+
+    void aFirstPhotoThatStallsShowsWhenItComes() {
+        writePhotos(3, readablePhotoSize);
+        m_disk->stall(DiskCall::Read, nameOf(0));
+        QVERIFY(start());
+        QVERIFY(openFolder(m_disk->url()));
+        SEES("no images, panels below");
+        QVERIFY(walk(XK_Right, {"photo 1"}));
+        press({XK_Left});
+        m_disk->release();
+        SEES("photo 0");
+    }
+
     void aZoomWhoseFileStallsSharpensWhenItComes() {
         writePhotos(3, readablePhotoSize * 8);
         QVERIFY(startOnDisk());
