@@ -62,4 +62,7 @@ protected:
 
 private:
     void keepScreenshot();
+    void endApplication();
+
+    QString m_complaints; ///< what the applications of a test wrote or did that none may
 };
