@@ -45,7 +45,7 @@ private slots:
 
     void aReadFromTheDiskIsCounted() {
         const TemporaryFolder folder;
-        constexpr int kibibytes = 512;
+        constexpr qsizetype kibibytes = 512;
         const auto file = folder.write("file", QByteArray(kibibytes * 1024, 'x'));
         const int descriptor = open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
         fsync(descriptor);

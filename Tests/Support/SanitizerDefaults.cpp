@@ -23,10 +23,10 @@ const char* __lsan_default_suppressions() {
 
 /// Qt is not built with the thread sanitizer, which so sees what Qt's threads do in functions of the C library, but not how they
 /// wait for each other. What they do is left out: our own code is what is looked at. A race ends the program, so that whoever
-/// started it sees it fail.
+/// started it sees it fail. What a test forks may make threads, too.
 UNSANITIZED const char* __tsan_default_options();
 const char* __tsan_default_options() {
-    return "ignore_noninstrumented_modules=1:halt_on_error=1";
+    return "ignore_noninstrumented_modules=1:halt_on_error=1:die_after_fork=0";
 }
 
 #if __has_feature(address_sanitizer)
