@@ -291,15 +291,28 @@ private:
         }
     }
 
-    /// Lets every call of the row's move fail in turn, with that errno.
-    static void failEveryCall(int code) {
+    /// What a test with these scenes is to do now.
+    struct Row {
+        bool otherDevice;
+        bool noHardLinks;
+        std::string photo;
+        std::string old;
+    };
+
+    static Row row() {
         QFETCH(bool, otherDevice);
         QFETCH(bool, noHardLinks);
         QFETCH(QByteArray, photo);
         QFETCH(QByteArray, old);
+        return {otherDevice, noHardLinks, photo.toStdString(), old.toStdString()};
+    }
+
+    /// Lets every call of the row's move fail in turn, with that errno.
+    static void failEveryCall(int code) {
+        const auto [otherDevice, noHardLinks, photo, old] = row();
         int number = 0;
         for (bool wasReached = true; wasReached && number < mostCalls;) {
-            const Scene scene(photo.toStdString(), old.toStdString());
+            const Scene scene(photo, old);
             Disturbance disturbance{
                 .otherDevice = otherDevice, .noHardLinks = noHardLinks, .shortTransfers = true};
             disturbance.atCall = ++number;
@@ -309,10 +322,10 @@ private:
             const auto where = "call " + std::to_string(number);
             if (moved) {
                 QVERIFY2(descriptionOf(scene.source).empty(), where.c_str());
-                QVERIFY2(descriptionOf(scene.target) == photo.toStdString(), where.c_str());
+                QVERIFY2(descriptionOf(scene.target) == photo, where.c_str());
             } else {
-                QVERIFY2(descriptionOf(scene.source) == photo.toStdString(), where.c_str());
-                QVERIFY2(descriptionOf(scene.target) == old.toStdString(), where.c_str());
+                QVERIFY2(descriptionOf(scene.source) == photo, where.c_str());
+                QVERIFY2(descriptionOf(scene.target) == old, where.c_str());
                 // What cannot be removed is all that may stay behind.
                 QVERIFY2(scene.leftOver().empty() || disturbance.disturbed == "unlinkat", where.c_str());
             }
@@ -328,13 +341,10 @@ private:
     /// Disturbs the row's move at every call in turn, with that errno: the photo stands whole at the one place or the other, and
     /// what it was to replace is there as long as the photo is not in its place.
     static void loseNothing(const Disturbance& kind, int code) {
-        QFETCH(bool, otherDevice);
-        QFETCH(bool, noHardLinks);
-        QFETCH(QByteArray, photo);
-        QFETCH(QByteArray, old);
+        const auto [otherDevice, noHardLinks, photo, old] = row();
         int number = 0;
         for (bool wasReached = true; wasReached && number < mostCalls;) {
-            const Scene scene(photo.toStdString(), old.toStdString());
+            const Scene scene(photo, old);
             Disturbance disturbance = kind;
             disturbance.otherDevice = otherDevice;
             disturbance.noHardLinks = noHardLinks;
@@ -345,13 +355,12 @@ private:
             const auto where = disturbance.disturbed + ", call " + std::to_string(number);
             const std::string source = descriptionOf(scene.source);
             const std::string target = descriptionOf(scene.target);
-            const bool isInPlace = target == photo.toStdString();
-            QVERIFY2(isInPlace || source == photo.toStdString(), where.c_str());
+            const bool isInPlace = target == photo;
+            QVERIFY2(isInPlace || source == photo, where.c_str());
             QVERIFY2(!isMoved || (isInPlace && source.empty()), where.c_str());
-            if (!isInPlace && !old.isEmpty()) {
-                QVERIFY2(target == old.toStdString() ||
-                             scene.leftOver().find(old.toStdString() + "\n") != std::string::npos,
-                    where.c_str());
+            if (!isInPlace && !old.empty()) {
+                QVERIFY2(
+                    target == old || scene.leftOver().find(old + "\n") != std::string::npos, where.c_str());
             }
         }
         QVERIFY(number > 4);
@@ -390,13 +399,10 @@ private slots:
 
     void eachKillLeavesThePhotoAndWhatItReplaces_data() { addScenes(); }
     void eachKillLeavesThePhotoAndWhatItReplaces() {
-        QFETCH(bool, otherDevice);
-        QFETCH(bool, noHardLinks);
-        QFETCH(QByteArray, photo);
-        QFETCH(QByteArray, old);
+        const auto [otherDevice, noHardLinks, photo, old] = row();
         int number = 0;
         for (int status = killed; status == killed && number < mostCalls;) {
-            const Scene scene(photo.toStdString(), old.toStdString());
+            const Scene scene(photo, old);
             Disturbance disturbance{.otherDevice = otherDevice, .noHardLinks = noHardLinks};
             disturbance.atCall = ++number;
             disturbance.act = []() -> int { _exit(killed); };
@@ -404,14 +410,14 @@ private slots:
             const auto where = "call " + std::to_string(number);
             const std::string source = descriptionOf(scene.source);
             const std::string target = descriptionOf(scene.target);
-            const bool isMoved = target == photo.toStdString();
-            QVERIFY2(source == photo.toStdString() || (source.empty() && isMoved), where.c_str());
-            if (!source.empty() && !old.isEmpty()) {
-                const bool isOldKept = target == old.toStdString() ||
-                                       scene.leftOver().find(old.toStdString() + "\n") != std::string::npos;
+            const bool isMoved = target == photo;
+            QVERIFY2(source == photo || (source.empty() && isMoved), where.c_str());
+            if (!source.empty() && !old.empty()) {
+                const bool isOldKept =
+                    target == old || scene.leftOver().find(old + "\n") != std::string::npos;
                 QVERIFY2(isOldKept, where.c_str());
             }
-            QVERIFY2(isMoved || target == old.toStdString() || target.empty(), where.c_str());
+            QVERIFY2(isMoved || target == old || target.empty(), where.c_str());
         }
         QVERIFY(number > 4);
         QVERIFY(number < mostCalls);
