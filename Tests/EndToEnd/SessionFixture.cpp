@@ -48,10 +48,10 @@ void SessionFixture::endApplication() {
         (void)QTest::qWaitFor([&] { return m_application->hasEnded(); }, leavePatience);
     }
     const QString messages = m_application->messages();
-    for (const char* complaint : {"qrc:", "Sanitizer: ", "runtime error: "}) { // "qrc:": of the screen's code
-        if (messages.contains(QLatin1String(complaint))) {
-            m_complaints += messages;
-        }
+    const auto writes = [&](const char* complaint) { return messages.contains(QLatin1String(complaint)); };
+    if (writes("qrc:") || writes("Sanitizer: ") ||
+        writes("runtime error: ")) { // "qrc:": of the screen's code
+        m_complaints += messages;
     }
     const QString ending = m_application->ending();
     const bool isFine =
