@@ -8,12 +8,14 @@
 namespace Platform {
 
 DirectoryListing::DirectoryListing(const char* path, int folder) {
-    const int descriptor =
-        retryInterrupted([&] { return openat(folder, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-    if (descriptor >= 0) {
-        m_directory.reset(fdopendir(descriptor));
+    FileDescriptor descriptor(
+        retryInterrupted([&] { return openat(folder, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (descriptor) {
+        m_directory.reset(fdopendir(descriptor.get()));
     }
-    if (!m_directory) {
+    if (m_directory) {
+        (void)descriptor.release(); // the listing closes it
+    } else {
         m_error = errno;
     }
 }

@@ -29,6 +29,9 @@ public:
     explicit operator bool() const { return m_descriptor >= 0; }
     int get() const { return m_descriptor; }
 
+    /// Gives up what it holds: somebody else closes it from now on.
+    int release() { return std::exchange(m_descriptor, -1); }
+
 private:
     int m_descriptor = -1;
 };

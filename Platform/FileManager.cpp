@@ -6,7 +6,9 @@
 
 #include <fcntl.h>
 #include <stdio.h>
+#include <sys/stat.h>
 
+#include <cerrno>
 #include <system_error>
 
 namespace Platform::FileManager {
@@ -50,11 +52,24 @@ Result<void> createDirectory(const FileURL& folder) {
 }
 
 Result<void> removeItem(const FileURL& item) {
-    if (remove(item.path().c_str()) != 0) {
-        return Error::ofSystemCall(
-            QStringLiteral("“%1” could not be removed"), item.lastPathComponent(), errno);
+    if (remove(item.path().c_str()) == 0) {
+        return {};
     }
-    return {};
+    const int code = errno;
+    struct stat status = {};
+    const bool isGone = lstat(item.path().c_str(), &status) != 0 && errno == ENOENT;
+    if (isGone && code != ENOENT) { // a disk may report as failed what it has done
+        return {};
+    }
+    return Error::ofSystemCall(QStringLiteral("“%1” could not be removed"), item.lastPathComponent(), code);
+}
+
+bool isSameItem(const FileURL& first, const FileURL& second) {
+    struct stat firstStatus = {};
+    struct stat secondStatus = {};
+    return lstat(first.path().c_str(), &firstStatus) == 0 &&
+           lstat(second.path().c_str(), &secondStatus) == 0 && firstStatus.st_dev == secondStatus.st_dev &&
+           firstStatus.st_ino == secondStatus.st_ino;
 }
 
 Result<void> moveItem(const FileURL& source, const FileURL& target) {

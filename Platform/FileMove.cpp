@@ -24,9 +24,23 @@ Error notReplaced(const DirectoryEntry& target, int code) {
         QStringLiteral("The “%1” that is there already could not be replaced"), target.name, code);
 }
 
-/// Gives 0, or errno.
+/// Whether one file is behind both.
+bool isSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+/// Gives 0, or errno. A disk may report as failed what it has done, as over a network where the answer got lost and the wish is
+/// made again; so it is looked at.
 int renameEntry(const DirectoryEntry& from, const DirectoryEntry& to) {
-    return renameat(from.folder, from.name.c_str(), to.folder, to.name.c_str()) == 0 ? 0 : errno;
+    const auto before = statusOf(from);
+    if (renameat(from.folder, from.name.c_str(), to.folder, to.name.c_str()) == 0) {
+        return 0;
+    }
+    const int code = errno;
+    const auto arrived = statusOf(to);
+    const bool isDone =
+        before && arrived && isSameFile(*before, *arrived) && !statusOf(from) && errno == ENOENT;
+    return isDone ? 0 : code;
 }
 
 Result<void> removeSource(const DirectoryEntry& source) {
@@ -159,7 +173,10 @@ Presence presenceOf(const DirectoryEntry& entry) {
     if (statusOf(entry)) {
         return Presence::There;
     }
-    return errno == ENOENT ? Presence::Gone : Presence::Unknown;
+    const bool isMissing = errno == ENOENT;
+    const bool isFolderThere =
+        statusOf({entry.folder, "."}).has_value(); // else what it says of its entries tells nothing
+    return isMissing && isFolderThere ? Presence::Gone : Presence::Unknown;
 }
 
 /// Removes the source of a copy that stands safely in its place; a source that has changed meanwhile stays.
@@ -216,14 +233,13 @@ Result<bool> isSameEntry(const DirectoryEntry& source, const DirectoryEntry& tar
     if (fstat(source.folder, &sourceFolder) != 0 || fstat(target.folder, &targetFolder) != 0) {
         return notMoved(source, errno);
     }
-    return source.name == target.name && sourceFolder.st_dev == targetFolder.st_dev &&
-           sourceFolder.st_ino == targetFolder.st_ino;
+    return source.name == target.name && isSameFile(sourceFolder, targetFolder);
 }
 
 /// Whether one file has both names. A file system that ignores case may find one name under two spellings: it
 /// has a single link, and must not be taken for two.
 bool areTwoLinks(const struct stat& a, const struct stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_nlink > 1 && !S_ISDIR(a.st_mode);
+    return isUnchanged(a, b) && a.st_nlink > 1 && !S_ISDIR(a.st_mode);
 }
 
 } // namespace

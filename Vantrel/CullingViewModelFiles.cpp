@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <unordered_map>
 #include <unordered_set>
 
 using Platform::FileURL;
@@ -60,6 +61,42 @@ QString alertMessage(const std::vector<FileURL>& orphans) {
            QStringLiteral("\n\n") + deleteQuestion;
 }
 
+/// The photos of one move that have come to their folder.
+class Arrivals {
+public:
+    /// Moves the photo there, where it replaces what is there; but never one of the same move: a disk that ignores case takes
+    /// two names for one.
+    Platform::Result<void> add(const PhotoItem& photo, const FileURL& target) {
+        const QString name = foldedName(target);
+        const auto [first, last] = m_targets.equal_range(name);
+        if (std::any_of(first, last,
+                [&](const auto& arrived) { return FileManager::isSameItem(arrived.second, target); })) {
+            return Platform::Error(
+                QStringLiteral("In “%1” it has the same name as another that has just been moved.")
+                    .arg(Platform::displayText(target.deletingLastPathComponent().lastPathComponent())));
+        }
+        auto moved = FileManager::moveItem(photo.url(), target);
+        if (moved) {
+            m_targets.emplace(name, target);
+            m_names.insert(photo.filename());
+        }
+        return moved;
+    }
+
+    bool contains(const PhotoItem& photo) const { return m_names.contains(photo.filename()); }
+
+private:
+    /// Equal for names that any disk may take for one.
+    static QString foldedName(const FileURL& item) {
+        return Platform::displayText(item.lastPathComponent())
+            .normalized(QString::NormalizationForm_KC)
+            .toCaseFolded();
+    }
+
+    std::unordered_set<std::string> m_names;
+    std::unordered_multimap<QString, FileURL> m_targets; // by folded name
+};
+
 } // namespace
 
 void CullingViewModel::moveApproved() {
@@ -82,21 +119,18 @@ void CullingViewModel::movePhotos(const MoveKind& kind) {
         setErrorMessage(kind.folderFailure + made.error().localizedDescription());
         return;
     }
-    std::unordered_set<std::string> movedNames;
+    Arrivals arrivals;
     QStringList errorLines;
     for (const PhotoItem& photo : m_photoItems) {
         if (photo.state() != kind.state) {
             continue;
         }
         const FileURL target = targetFolder.appendingPathComponent(photo.filename());
-        if (const auto moved = FileManager::moveItem(photo.url(), target)) {
-            movedNames.insert(photo.filename());
-        } else {
+        if (const auto moved = arrivals.add(photo, target); !moved) {
             errorLines.append(errorLine(photo.url(), moved.error()));
         }
     }
-    std::erase_if(
-        m_photoItems, [&](const PhotoItem& photo) { return movedNames.contains(photo.filename()); });
+    std::erase_if(m_photoItems, [&](const PhotoItem& photo) { return arrivals.contains(photo); });
     emit photoItemsChanged();
     setUndoStack({});
     m_imageCache.removeAll();

@@ -4,6 +4,10 @@
 #include <QApplication>
 #include <QQuickWindow>
 
+#include <sys/resource.h>
+
+#include <algorithm>
+
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
@@ -29,10 +33,22 @@ void shareHeaps() {
 #endif
 }
 
+/// A photo on a disk that does not answer holds a file open for as long; the usual 1024 would soon be all, and nothing else could
+/// be opened any more.
+void allowManyOpenFiles() {
+    constexpr rlim_t wanted = 8192;
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < wanted) {
+        limit.rlim_cur = std::min(wanted, limit.rlim_max);
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     shareHeaps();
+    allowManyOpenFiles();
     QApplication::setOrganizationName(QStringLiteral("Vantrel"));
     QApplication::setApplicationName(QStringLiteral("Vantrel"));
     QApplication::setDesktopFileName(QStringLiteral("org.vantrel.Vantrel"));

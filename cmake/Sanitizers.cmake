@@ -5,9 +5,3 @@ if(VANTREL_SANITIZERS)
   add_compile_options(-fsanitize=${VANTREL_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all -fPIC)
   add_link_options(-fsanitize=${VANTREL_SANITIZERS})
 endif()
-
-# The fuzzing targets need clang; VANTREL_FUZZING has the whole program tell them which ways it takes.
-option(VANTREL_FUZZING "build the targets in Fuzzing/" OFF)
-if(VANTREL_FUZZING)
-  add_compile_options(-fsanitize=fuzzer-no-link)
-endif()

@@ -4,6 +4,7 @@
 #include <sched.h>
 #include <time.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -18,10 +19,29 @@ namespace {
 // How soon a cancellation is seen, which is a mark that wakes nobody.
 constexpr std::chrono::milliseconds interval{2};
 
+// Each may hold as much memory as a decode takes, so those that hang must not become ever more. Those that wait for a disk are
+// among them, and are many where it does not answer.
+constexpr int maximumLeftThreads = 64;
+std::atomic<int> leftThreads = 0; // of the process, whose memory they take
+
+/// False where still too many are left after so long, or nobody wants to wait any more.
+bool waitForLeftThreads(const Task& task, std::chrono::nanoseconds patience) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (leftThreads >= maximumLeftThreads) {
+        if (task.isCancelled() || std::chrono::steady_clock::now() >= end) {
+            return false;
+        }
+        std::this_thread::sleep_for(interval);
+    }
+    return true;
+}
+
+/// What the one who waits and the thread share.
 struct Ending {
     std::mutex mutex;
     std::condition_variable changed;
     bool hasCome = false;
+    bool isLeft = false; ///< whether nobody waits for it any more
 };
 
 std::chrono::nanoseconds processorTime(std::thread& thread) {
@@ -43,6 +63,9 @@ void leaveToItself(std::thread& thread) {
 
 bool runAbandonably(
     std::function<void(const Task&)> work, const Task& task, std::chrono::nanoseconds patience) {
+    if (!waitForLeftThreads(task, patience)) {
+        return false;
+    }
     const auto ending = std::make_shared<Ending>();
     const Task own;
     std::thread thread;
@@ -51,6 +74,7 @@ bool runAbandonably(
             work(own);
             const std::lock_guard lock(ending->mutex);
             ending->hasCome = true;
+            leftThreads -= ending->isLeft ? 1 : 0;
             ending->changed.notify_one();
         });
     } catch (const std::system_error&) {
@@ -60,6 +84,8 @@ bool runAbandonably(
     while (!ending->changed.wait_for(lock, interval, [&] { return ending->hasCome; })) {
         if (task.isCancelled() || processorTime(thread) > patience) {
             own.cancel();
+            ending->isLeft = true;
+            ++leftThreads;
             leaveToItself(thread);
             return false;
         }

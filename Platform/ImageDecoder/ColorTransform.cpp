@@ -41,8 +41,11 @@ cmsUInt32Number format(ColorTransform::Pixels pixels) {
     return TYPE_CMYK_8_REV;
 }
 
+// A JPEG can hold a little less; other formats know no bound.
+constexpr qsizetype maximumProfileBytes = qsizetype{16} << 20;
+
 Profile embeddedProfile(cmsContext context, const QByteArray& icc, ColorTransform::Pixels pixels) {
-    if (icc.isEmpty()) {
+    if (icc.isEmpty() || icc.size() > maximumProfileBytes) {
         return nullptr;
     }
     Profile profile(

@@ -19,8 +19,8 @@ public:
         Cmyk, ///< inks, 0 the most
     };
 
-    /// @param iccProfile  of the photo; ignored where it is empty, damaged or of another kind of pixel.
-    ///                    Perceptual intent.
+    /// @param iccProfile  of the photo; ignored where it is empty, larger than 16 MiB, damaged or of another kind of
+    ///                    pixel. Perceptual intent.
     /// @param isAdobeRgb  whether pixels without a profile are Adobe RGB (1998) and not sRGB; for Pixels::Rgb
     ///                    only
     ColorTransform(Pixels pixels, const QByteArray& iccProfile, bool isAdobeRgb = false);

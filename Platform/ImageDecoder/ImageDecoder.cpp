@@ -2,11 +2,13 @@
 
 #include "Platform/ImageDecoder/JpegPhoto.h"
 #include "Platform/ImageDecoder/OtherPhoto.h"
+#include "Platform/ImageDecoder/PhotoRendering.h"
 #include "Platform/ImageDecoder/ReadOnlyFile.h"
 #include "Platform/ImageDecoder/ThreadTeam.h"
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace Platform {
@@ -37,9 +39,7 @@ int teamSize(qint64 fileSize) {
     return static_cast<int>(std::min<qint64>(ThreadTeam::availableCores(), 1 + fileSize / bytesPerThread));
 }
 
-} // namespace
-
-Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task) {
+Result<Image> decode(const FileURL& url, int maxPixelSize, const Task& task) {
     Result<ReadOnlyFile> opened = ReadOnlyFile::open(url);
     if (!opened) {
         return opened.error();
@@ -57,6 +57,16 @@ Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task
         return failure(*file, task);
     }
     return Image(*pixels, origin(*pixels, maxPixelSize, *file), task);
+}
+
+} // namespace
+
+Result<Image> decodeImage(const FileURL& url, int maxPixelSize, const Task& task) {
+    try {
+        return decode(url, maxPixelSize, task);
+    } catch (const std::bad_alloc&) {
+        return tooLittleMemoryError(url.lastPathComponent());
+    }
 }
 
 } // namespace Platform

@@ -1,6 +1,7 @@
 #include "Platform/ImageDecoder/OtherPhoto.h"
 
 #include "Platform/ImageDecoder/AbandonableThread.h"
+#include "Platform/ImageDecoder/OtherFormat.h"
 #include "Platform/ImageDecoder/PhotoRendering.h"
 
 #include <QColorSpace>
@@ -11,8 +12,10 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace Platform {
 
@@ -21,34 +24,57 @@ namespace {
 /// The most that a plugin may take for its picture, which it gives whole: 268 megapixels of 4 bytes.
 constexpr qint64 maximumPictureBytes = qint64{1} << 30;
 
-/// Some plugins read all of a file into memory before they look at it.
-constexpr qint64 maximumFileBytes = qint64{1} << 30;
-
 /// Far more than the largest allowed picture takes on a slow machine.
 constexpr std::chrono::seconds maximumProcessorTime{20};
 
 /// A file for Qt to read from. Not a QFile, which a plugin would map into memory; and it ends once the task
-/// is cancelled, so that the plugin ends as well.
+/// is cancelled, so that the plugin ends as well. It reads in larger pieces than a plugin asks for: on some disks each piece
+/// takes its time, however small.
 class FileDevice final : public QIODevice {
 public:
     FileDevice(ReadOnlyFile& file, const Task& task) : m_file(file), m_task(task) {
-        open(QIODevice::ReadOnly);
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
 
     qint64 size() const override { return m_file.size(); }
-    bool seek(qint64 position) override { return QIODevice::seek(position) && m_file.seek(position); }
+    bool seek(qint64 position) override {
+        const qint64 place = position - m_start;
+        if (place >= 0 && place <= m_filled) {
+            m_next = place;
+            return QIODevice::seek(position);
+        }
+        m_start = position;
+        m_filled = m_next = 0;
+        return QIODevice::seek(position) && m_file.seek(position);
+    }
 
 protected:
     qint64 readData(char* data, qint64 maxSize) override {
-        return m_task.isCancelled()
-                   ? -1
-                   : static_cast<qint64>(m_file.read(data, static_cast<std::size_t>(maxSize)));
+        qint64 read = 0;
+        while (read < maxSize && !m_task.isCancelled() && (m_next < m_filled || fillBuffer())) {
+            const qint64 count = std::min(m_filled - m_next, maxSize - read);
+            std::copy_n(m_buffer.data() + m_next, count, data + read);
+            m_next += count;
+            read += count;
+        }
+        return m_task.isCancelled() ? -1 : read;
     }
     qint64 writeData(const char*, qint64) override { return -1; }
 
 private:
+    bool fillBuffer() {
+        m_start += m_filled;
+        m_filled = static_cast<qint64>(m_file.read(m_buffer.data(), m_buffer.size()));
+        m_next = 0;
+        return m_filled > 0;
+    }
+
     ReadOnlyFile& m_file;
     const Task m_task;
+    std::vector<char> m_buffer = std::vector<char>(std::size_t{512} * 1024);
+    qint64 m_start = -1; ///< of the buffer, in the file; there is none before the first seek
+    qint64 m_filled = 0; ///< bytes in the buffer
+    qint64 m_next = 0;   ///< of them, the first that was not asked for yet
 };
 
 /// What a plugin has read.
@@ -75,9 +101,27 @@ public:
     ImageRows(const QImage& image, const Task& task) : m_image(image), m_task(task) {}
 
     int readRows(uchar* rows, qsizetype bytesPerLine, int count) override {
-        const auto length = static_cast<std::size_t>(m_image.width()) * bytesPerPixel;
-        count = m_task.isCancelled() ? 0 : std::min(count, m_image.height() - m_next);
+        int read = 0;
+        while (read < count) {
+            const int more = readBand(rows + read * bytesPerLine, bytesPerLine, count - read);
+            if (more == 0) {
+                break;
+            }
+            read += more;
+        }
+        return read;
+    }
+
+private:
+    /// Few rows, since those of a palette take many times their memory.
+    int readBand(uchar* rows, qsizetype bytesPerLine, int count) {
+        constexpr int mostRows = 32;
+        count = m_task.isCancelled() ? 0 : std::min({count, mostRows, m_image.height() - m_next});
         const QImage band = opaque(m_image.copy(0, m_next, m_image.width(), count));
+        if (count == 0 || band.isNull()) { // null: of too little memory
+            return 0;
+        }
+        const auto length = static_cast<std::size_t>(m_image.width()) * bytesPerPixel;
         for (int row = 0; row < count; ++row) {
             std::memcpy(rows + row * bytesPerLine, band.constScanLine(row), length);
         }
@@ -85,7 +129,6 @@ public:
         return count;
     }
 
-private:
     const QImage m_image;
     const Task m_task;
     int m_next = 0;
@@ -98,13 +141,6 @@ void setAllocationLimit() {
         return true;
     }();
     Q_UNUSED(isSet);
-}
-
-/// The formats of pictures that people have under the name of a JPEG file. Everything else that Qt may have plugins for is
-/// foreign code with nothing to gain from it.
-bool isWanted(const QByteArray& format) {
-    constexpr std::array<const char*, 7> wanted{"png", "webp", "gif", "tiff", "bmp", "heif", "heic"};
-    return std::ranges::any_of(wanted, [&](const char* name) { return format == name; });
 }
 
 bool isTooLarge(const QImageReader& reader) {
@@ -128,15 +164,16 @@ int exifOrientation(QImageIOHandler::Transformations transformation) {
     return found == transformations.end() ? 1 : 1 + static_cast<int>(found - transformations.begin());
 }
 
-/// By the plugin for the format that the content is in.
+/// By the plugin for the format that the content is in; no other gets to see it.
 Result<PluginPicture> readByPlugin(ReadOnlyFile& file, const Task& task) {
     FileDevice device(file, task);
-    QImageReader reader(&device);
-    reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(false);
-    if (!device.seek(0) || !isWanted(reader.format())) {
+    const QByteArray format = device.seek(0) ? otherFormat(device.peek(otherFormatBytes)) : QByteArray();
+    if (format.isEmpty()) {
         return PluginPicture();
     }
+    QImageReader reader(&device, format);
+    reader.setAutoDetectImageFormat(false);
+    reader.setAutoTransform(false);
     if (isTooLarge(reader)) {
         return tooLargeError(file.name());
     }
@@ -150,12 +187,18 @@ Result<PluginPicture> readByPlugin(ReadOnlyFile& file, const Task& task) {
 
 Result<QImage> decodeOther(
     const std::shared_ptr<ReadOnlyFile>& file, int maxPixelSize, const Task& task, ThreadTeam& team) {
-    if (file->size() > maximumFileBytes) {
+    if (file->size() > ReadOnlyFile::maximumBytes) { // some plugins want all of it
         return QImage();
     }
     setAllocationLimit();
     const auto result = std::make_shared<std::optional<Result<PluginPicture>>>();
-    const auto read = [file, result](const Task& own) { result->emplace(readByPlugin(*file, own)); };
+    const auto read = [file, result](const Task& own) {
+        try {
+            result->emplace(readByPlugin(*file, own));
+        } catch (const std::bad_alloc&) {
+            result->emplace(tooLittleMemoryError(file->name()));
+        }
+    };
     if (!runAbandonably(read, task, maximumProcessorTime)) {
         if (task.isCancelled()) {
             return QImage();
@@ -169,6 +212,9 @@ Result<QImage> decodeOther(
     const QImage& image = picture->image;
     if (image.isNull()) {
         return QImage();
+    }
+    if (Platform::isTooLarge(image.size())) { // of a format that does not say before
+        return tooLargeError(file->name());
     }
     ImageRows rows(image, task);
     const ColorTransform colors(ColorTransform::Pixels::Rgb, image.colorSpace().iccProfile());

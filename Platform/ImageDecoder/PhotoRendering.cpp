@@ -39,7 +39,8 @@ bool fill(UprightImage& image, RowSource& rows, int width, const ColorTransform&
 } // namespace
 
 bool isTooLarge(QSize size) {
-    return static_cast<qint64>(size.width()) * size.height() > maximumPixels;
+    return std::max(size.width(), size.height()) > maximumSide ||
+           static_cast<qint64>(size.width()) * size.height() > maximumPixels;
 }
 
 QSize fittedSize(QSize size, int maxPixelSize) {
@@ -58,7 +59,7 @@ Result<QImage> render(const StoredPicture& picture, QSize size, const ColorTrans
     const std::string& name, const Task& task, ThreadTeam& team) {
     UprightImage image(size, picture.orientation);
     if (image.isNull()) {
-        return Error(QStringLiteral("There is too little memory to show “%1”.").arg(displayText(name)));
+        return tooLittleMemoryError(name);
     }
     std::optional<RowResampler> resampler;
     if (picture.size != size || picture.extent != QSizeF(size)) {
@@ -66,6 +67,10 @@ Result<QImage> render(const StoredPicture& picture, QSize size, const ColorTrans
     }
     RowSource& rows = resampler ? *resampler : picture.rows;
     return fill(image, rows, size.width(), colors, task, team) ? image.take() : QImage();
+}
+
+Error tooLittleMemoryError(const std::string& name) {
+    return Error(QStringLiteral("There is too little memory to show “%1”.").arg(displayText(name)));
 }
 
 Error tooLargeError(const std::string& name) {

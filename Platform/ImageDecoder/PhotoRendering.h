@@ -17,7 +17,10 @@ namespace Platform {
 /// More pixels than any camera gives; a picture of more is refused before any is decoded.
 inline constexpr qint64 maximumPixels = 512'000'000;
 
-/// Whether a picture has more pixels than maximumPixels.
+/// More than a JPEG can have. What a decode needs beside the picture grows with its sides.
+inline constexpr int maximumSide = 65'535;
+
+/// Whether a picture has more pixels than maximumPixels, or a side of more than maximumSide.
 bool isTooLarge(QSize size);
 
 /// The size at which a picture is shown: the longer side at most maxPixelSize pixels (0: as it is), the shorter in
@@ -41,6 +44,9 @@ struct StoredPicture {
 ///         the task was cancelled; an error where there is too little memory
 Result<QImage> render(const StoredPicture& picture, QSize size, const ColorTransform& colors,
     const std::string& name, const Task& task, ThreadTeam& team);
+
+/// The error where the system gives no memory for the picture.
+Error tooLittleMemoryError(const std::string& name);
 
 /// The error for a picture that isTooLarge().
 Error tooLargeError(const std::string& name);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace Platform {
@@ -35,6 +36,7 @@ Result<ReadOnlyFile> ReadOnlyFile::open(const FileURL& url) {
 }
 
 std::size_t ReadOnlyFile::read(void* buffer, std::size_t size) {
+    size = std::min(size, static_cast<std::size_t>(std::max(maximumBytes - m_position, qint64{0})));
     std::size_t filled = 0;
     // Where the end is known, the disk is not asked once more, which takes a slow one as long as to read.
     bool isAtEnd = false;

@@ -19,9 +19,12 @@ public:
     /// Opens the file, following links. Never waits: a pipe, device, socket or folder is an error at once.
     static Result<ReadOnlyFile> open(const FileURL& url);
 
+    /// More than any photo has. What is behind it is not read, as if the file ended there.
+    static constexpr qint64 maximumBytes = qint64{1} << 30;
+
     /// Reads on from the current position.
     /// @return the number of bytes read, less than size only at the end of the file (that of now, or that of when it was
-    ///         opened) or where reading fails
+    ///         opened), at the maximum, or where reading fails
     std::size_t read(void* buffer, std::size_t size);
 
     /// Goes to a position in bytes from the start of the file.

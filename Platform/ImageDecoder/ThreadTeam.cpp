@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
 
 namespace Platform {
 
@@ -51,9 +52,12 @@ int ThreadTeam::availableCores() {
     return std::max(CPU_COUNT(&cores), 1);
 }
 
+// Not before there is something to do: a photo whose disk does not answer takes no more than the thread that waits for it.
 // A new thread is often put where the one is that made it, and has to wait there until the system moves it, which may take
 // longer than all of the work. So a helper begins its life elsewhere.
-ThreadTeam::ThreadTeam(int size) : m_cores(allowedCores()) {
+void ThreadTeam::makeHelpers() {
+    m_hasMadeHelpers = true;
+    m_cores = allowedCores();
     cpu_set_t others = m_cores;
     const int own = sched_getcpu();
     if (own >= 0 && CPU_COUNT(&others) > 1) {
@@ -62,8 +66,7 @@ ThreadTeam::ThreadTeam(int size) : m_cores(allowedCores()) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setaffinity_np(&attributes, sizeof others, &others);
-    m_helpers.reserve(static_cast<std::size_t>(std::max(size - 1, 0)));
-    while (this->size() < size) {
+    for (int member = 1; member < m_size; ++member) {
         pthread_t helper{};
         if (pthread_create(&helper, &attributes, &ThreadTeam::begin, this) != 0) {
             break; // the work is done by those that there are
@@ -90,10 +93,26 @@ void* ThreadTeam::begin(void* team) {
 }
 
 void ThreadTeam::run(const std::function<void()>& body) {
+    if (!m_hasMadeHelpers) {
+        makeHelpers();
+    }
     m_body = &body;
     m_door += onePiece | isOpen;
     m_door.notify_all();
-    body();
+    try {
+        body();
+    } catch (const std::bad_alloc&) {
+        close();
+        throw;
+    }
+    close();
+    if (m_lacksMemory.exchange(false)) {
+        throw std::bad_alloc();
+    }
+}
+
+/// Ends the piece of work, once all who are at it have left.
+void ThreadTeam::close() {
     m_door &= ~isOpen;
     waitFor(m_door, [](quint32 door) { return (door & insideMask) == 0; });
 }
@@ -106,7 +125,11 @@ void ThreadTeam::help() {
             return;
         }
         if (enter(piece)) {
-            (*m_body)();
+            try {
+                (*m_body)();
+            } catch (const std::bad_alloc&) {
+                m_lacksMemory = true;
+            }
             leave();
         }
     }

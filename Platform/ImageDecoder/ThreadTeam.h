@@ -12,23 +12,21 @@
 namespace Platform {
 
 /// A few threads that share one piece of work after the other: the calling thread and helpers of its priority, which
-/// live as long as this object. Between two pieces the helpers sleep. Used by one thread.
+/// live from the first piece to the end of this object. Between two pieces the helpers sleep. Used by one thread.
 class ThreadTeam {
 public:
     /// The processor cores that the calling thread may use.
     static int availableCores();
 
     /// @param size  members in all, the caller included; fewer where the system gives no more threads
-    explicit ThreadTeam(int size);
+    explicit ThreadTeam(int size) : m_size(size) {}
     ~ThreadTeam();
     ThreadTeam(const ThreadTeam&) = delete;
     ThreadTeam& operator=(const ThreadTeam&) = delete;
 
-    int size() const { return static_cast<int>(m_helpers.size()) + 1; }
-
     /// Calls body() on the calling thread, and once on each helper that comes while it runs there; returns when all of them
     /// have returned. Nobody waits for a helper that the system does not let run: the calling thread alone must be able to do
-    /// all of the work.
+    /// all of the work. std::bad_alloc, the only exception that a body may throw, comes out here, whoever threw it.
     void run(const std::function<void()>& body);
 
     /// Calls body(index) for each index from 0 to count - 1, each on the member that is free first.
@@ -55,16 +53,21 @@ private:
     static constexpr quint32 onePiece = 0x1000;
     static constexpr quint32 pieceMask = ~(isOpen | insideMask);
 
+    void makeHelpers();
     static void* begin(void* team);
     void help();
     bool enter(quint32 piece);
     void leave();
+    void close();
 
+    const int m_size;
     const std::function<void()>* m_body = nullptr;
     std::atomic<quint32> m_door =
         0; // to the latest piece of work: its number, helpers inside, and whether more may enter
     std::atomic<bool> m_isEnding = false;
-    cpu_set_t m_cores; // that the calling thread may use
+    std::atomic<bool> m_lacksMemory = false; // of a helper
+    cpu_set_t m_cores{};                     // that the calling thread may use
+    bool m_hasMadeHelpers = false;
     std::vector<pthread_t> m_helpers;
 };
 

@@ -8,6 +8,7 @@
 #include <X11/keysym.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
@@ -233,6 +234,51 @@ private slots:
         }
         QVERIFY(walk(XK_Left, {"photo 12"})); // decoded anew
         QVERIFY(walk(XK_Right, {"photo 13, approved", "photo 14"}));
+    }
+
+    void movesOutOfAFolderThatChangesAllTheTimeLoseNothing() {
+        constexpr int changing = 12;
+        constexpr int steady = 5;
+        std::vector<QByteArray> photos;
+        for (int index = 0; index < changing; ++index) {
+            photos.push_back(readablePhoto(index));
+        }
+        writePhotos(changing + steady);
+        const QStringList steadyPhotos = checksumsIn(m_photos->url()).mid(changing);
+        QVERIFY(start());
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        {
+            const Meddler meddler(*m_photos, photos);
+            for (int index = 0; index < changing + steady; ++index) {
+                press({approveKey, XK_Right});
+            }
+            const auto areMoved = [&] {
+                const QStringList now = checksumsIn(m_photos->at("approved"));
+                return std::ranges::all_of(
+                    steadyPhotos, [&](const QString& photo) { return now.contains(photo); });
+            };
+            m_screen->press(moveApprovedKeys);
+            QTRY_VERIFY_WITH_TIMEOUT(areMoved(), patience);
+            const int changes = meddler.changes();
+            QTRY_VERIFY_WITH_TIMEOUT(meddler.changes() > changes + 100, patience);
+        }
+        // Whatever of the others has come there is whole: as it was written.
+        for (const std::string& name : namesIn(m_photos->at("approved"))) {
+            const FileURL moved = m_photos->at("approved/" + name);
+            const auto index = static_cast<std::size_t>(std::stoi(name) - 10);
+            if (index < photos.size() && std::filesystem::is_regular_file(moved.path())) {
+                const QByteArray& photo = photos[index];
+                const QByteArray content = contentOf(moved);
+                QVERIFY(
+                    content == photo || content == photo.first(photo.size() / 2) || content == "no picture");
+            }
+        }
+        press({XK_Escape}); // of the alert, where one of those that change could not be moved
+        m_photos->makeFolder("other");
+        m_photos->write("other/1.jpg", readablePhoto(3));
+        QVERIFY(openFolder(m_photos->at("other")));
+        SEES("photo 3");
     }
 
 private:

@@ -20,6 +20,10 @@ RunningApplication::RunningApplication(
     if (isThreadSanitized) {
         environment.insert("QSG_RENDER_LOOP", "basic"); // it cannot see how Qt's threads wait for each other
     }
+    if (isAddressSanitized) {
+        environment.insert(
+            "QT_NO_GLIB", "1"); // what leaks beneath its functions is let pass: nothing of ours may be there
+    }
     environment.insert("QSG_INFO", "1"); // tells what really draws
     environment.insert("QT_FORCE_STDERR_LOGGING", "1");
     m_process.setProcessEnvironment(environment);
@@ -46,9 +50,17 @@ bool RunningApplication::isInFront(QStringView title) const {
     return window.processId == m_process.processId() && window.title == title && !window.content.isEmpty();
 }
 
+void RunningApplication::kill() {
+    m_isKilled = !hasEnded();
+    endProcess(m_process);
+}
+
 QString RunningApplication::ending() {
     if (!hasEnded()) {
         return QStringLiteral("runs");
+    }
+    if (m_isKilled) {
+        return QStringLiteral("was killed");
     }
     const bool isSignal = m_process.exitStatus() == QProcess::CrashExit;
     return QStringLiteral("ended %1 %2").arg(isSignal ? u"by signal" : u"with").arg(m_process.exitCode());

@@ -42,11 +42,11 @@ public:
     /// By itself, and with 0.
     bool hasEndedWell() { return ending() == u"ended with 0"; }
 
-    /// "runs", "ended with 0" (its exit status), or "ended by signal 11".
+    /// "runs", "ended with 0" (its exit status), "ended by signal 11", or "was killed" where that was done here.
     QString ending();
 
     /// Ends it by SIGKILL and returns when it is gone.
-    void kill() { endProcess(m_process); }
+    void kill();
 
     /// What it has written to its standard error so far.
     QString messages();
@@ -54,6 +54,7 @@ public:
 private:
     const Desktop& m_desktop;
     QProcess m_process;
+    bool m_isKilled = false;
     ScreenWindow m_window;
     QByteArray m_messages;
 };

@@ -98,6 +98,22 @@ private slots:
         QCOMPARE(checksumsIn(m_photos->url()), after);
     }
 
+    void nothingIsWrittenButTheSettings() {
+        writePhotos(cameraNames(3));
+        QVERIFY(start());
+        QVERIFY(openFolder(m_photos->url()));
+        SEES("photo 0");
+        press({approveKey});
+        m_screen->press(moveApprovedKeys);
+        SEES("photo 1");
+        QVERIFY(closeWindow());
+        QStringList written;
+        for (const QString& file : checksumsIn(m_home->url())) {
+            written.append(file.section(u' ', 0, -2));
+        }
+        QCOMPARE(written, QStringList({".config/QtProject.conf", ".config/Vantrel/Vantrel.conf"}));
+    }
+
     void theLastFolderIsRememberedForTheNextStart() {
         writePhotos({"a.jpg", "b.jpg"});
         QVERIFY(start());

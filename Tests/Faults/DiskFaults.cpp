@@ -49,6 +49,8 @@ std::string DiskFaults::obey(const std::string& line) {
     const std::lock_guard lock(m_mutex);
     if (command == "release") {
         release();
+    } else if (command == "ignore") {
+        m_ignoresCase = true;
     } else if (command == "slow") {
         faultsOf(callNamed(call)).delay = std::chrono::milliseconds(std::stoi(name));
     } else if (command == "stall" && name.empty()) {

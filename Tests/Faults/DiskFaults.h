@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <map>
@@ -28,11 +29,14 @@ public:
     /// - "slow CALL MILLISECONDS": each such call takes so long;
     /// - "stall CALL NAME": such calls about that name wait until they are released; without a name, all;
     /// - "release": none waits any more;
+    /// - "ignore case": keeps all names in small letters, and so takes several for one;
     /// - "fail CALL ERRNO": such calls fail with that error, with 0 none;
     /// - "count CALL NAME": how many there were about that name;
     /// - "stalled": how many wait at this moment.
     /// @return the number asked for, or "done"
     std::string obey(const std::string& line);
+
+    bool ignoresCase() const { return m_ignoresCase; }
 
 private:
     struct Faults {
@@ -46,6 +50,7 @@ private:
     Faults& faultsOf(DiskCall call) { return m_faults[static_cast<std::size_t>(call)]; }
     void release();
 
+    std::atomic<bool> m_ignoresCase = false;
     std::mutex m_mutex; // guards all below
     std::condition_variable m_hasChanged;
     std::array<Faults, diskCallNames.size()> m_faults;

@@ -1,5 +1,5 @@
 // A library to be preloaded: it stands before the calls of the C library that file operations make, and lets one of them fail
-// as the plan of the thread says.
+// as the plan says.
 #undef _FORTIFY_SOURCE // with it the headers define some of these calls themselves
 
 #include "Tests/Faults/FaultInjection.h"
@@ -15,51 +15,65 @@
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
+#include <mutex>
+#include <optional>
 
 namespace {
 
-thread_local FaultPlan* plan = nullptr;
+std::mutex mutex; // guards the plan
+FaultPlan* plan = nullptr;
+
+using Action = FaultPlan::Action;
+
+struct Due {
+    Action action;
+    int error;
+};
 
 void killThisProcess() {
     kill(getpid(), SIGKILL);
 }
 
-/// Whether it is this call that the plan is about.
-bool isDue(SystemCall call) {
-    if (!plan || (plan->calls & maskOf(call)) == 0 || ++plan->counted != plan->atCall) {
-        return false;
+/// What is to happen at this call; nothing where it is not the one that the plan is about.
+///
+/// @param isShortening  whether it asks for calls that are to do less, or for all others
+std::optional<Due> due(SystemCall call, bool isShortening) {
+    const std::lock_guard lock(mutex);
+    if (!plan || (plan->action == Action::Shorten) != isShortening || (plan->calls & maskOf(call)) == 0) {
+        return std::nullopt;
+    }
+    const int number = ++plan->counted;
+    if (plan->isLasting ? number < plan->atCall : number != plan->atCall) {
+        return std::nullopt;
     }
     plan->hasHappened = true;
-    return true;
+    return Due{plan->action, plan->error};
 }
 
 /// Makes the call, or what happens instead.
 template <typename Result, typename Real>
 Result make(SystemCall call, Result failure, const Real& real) {
-    if (!plan || plan->action == FaultPlan::Action::Shorten || !isDue(call)) {
+    const auto what = due(call, false);
+    if (!what) {
         return real();
     }
-    switch (plan->action) {
-    case FaultPlan::Action::Fail:
-        errno = plan->error;
+    if (what->action == Action::KillBefore) {
+        killThisProcess();
+    }
+    if (what->action == Action::Fail) {
+        errno = what->error;
         return failure;
-    case FaultPlan::Action::KillBefore:
-        killThisProcess();
-        break;
-    case FaultPlan::Action::KillAfter: {
-        const Result result = real();
-        killThisProcess();
-        return result;
     }
-    case FaultPlan::Action::Shorten:
-        break;
+    (void)real();
+    if (what->action == Action::KillAfter) {
+        killThisProcess();
     }
-    return real();
+    errno = what->error;
+    return failure;
 }
 
 std::size_t shortened(SystemCall call, std::size_t size) {
-    const bool isPlanned = plan && plan->action == FaultPlan::Action::Shorten;
-    return isPlanned && isDue(call) ? std::min(size, std::size_t{1}) : size;
+    return due(call, true) ? std::min(size, std::size_t{1}) : size;
 }
 
 /// Calls the function of the C library that the one of this name here stands before.
@@ -71,6 +85,7 @@ auto forward(const char* name, Arguments... arguments) {
 } // namespace
 
 void injectFault(FaultPlan* newPlan) {
+    const std::lock_guard lock(mutex);
     plan = newPlan;
 }
 
@@ -151,12 +166,13 @@ ssize_t write(int file, const void* buffer, std::size_t size) {
         [&] { return forward<ssize_t(int, const void*, std::size_t)>("write", file, buffer, size); });
 }
 
-int fsync(int file) {
-    return make(SystemCall::Sync, -1, [&] { return forward<int(int)>("fsync", file); });
+// The disk is not waited for, which would take most of the time: no test here ends by a power cut.
+int fsync(int) {
+    return make(SystemCall::Sync, -1, [] { return 0; });
 }
 
-int fdatasync(int file) {
-    return make(SystemCall::Sync, -1, [&] { return forward<int(int)>("fdatasync", file); });
+int fdatasync(int) {
+    return make(SystemCall::Sync, -1, [] { return 0; });
 }
 
 int rename(const char* from, const char* to) noexcept {
@@ -220,6 +236,11 @@ DIR* opendir(const char* name) {
 DIR* fdopendir(int folder) {
     return make(SystemCall::OpenFolder, static_cast<DIR*>(nullptr),
         [&] { return forward<DIR*(int)>("fdopendir", folder); });
+}
+
+int closedir(DIR* folder) {
+    const int result = forward<int(DIR*)>("closedir", folder);
+    return make(SystemCall::Close, -1, [result] { return result; });
 }
 
 int close(int file) {

@@ -24,24 +24,26 @@ constexpr std::uint32_t maskOf(SystemCall call) {
 }
 inline constexpr std::uint32_t allSystemCalls = (std::uint32_t{1} << systemCallKinds) - 1;
 
-/// What is to happen at one of the calls that a thread makes.
+/// What is to happen at one of the calls that the process makes.
 struct FaultPlan {
     enum class Action {
         Fail,       ///< the call does nothing and fails with the error
+        FailDone,   ///< it fails with the error although it has done its work, as over a network
         Shorten,    ///< a read or write does one byte only
         KillBefore, ///< the process is killed instead of it
         KillAfter,  ///< or as soon as it is done
     };
 
     std::uint32_t calls = allSystemCalls; ///< those that count
-    int atCall = 0;                       ///< which of them, from 1
+    int atCall = 1;                       ///< which of them, from 1
     Action action = Action::Fail;
-    int error = 0; ///< an errno
+    int error = 0;          ///< an errno
+    bool isLasting = false; ///< whether all later calls go the same way
 
     int counted = 0;          ///< of the calls so far
     bool hasHappened = false; ///< whether the call came
 };
 
-/// Follows the plan for the calls of this thread from now on; null: none any more. The plan outlives that. To be had only where
-/// the library of that name is preloaded.
+/// Follows the plan for the calls of all threads from now on; null: none any more. The plan outlives that, and is not looked at
+/// meanwhile. To be had only where the library of that name is preloaded.
 extern "C" [[gnu::weak]] void injectFault(FaultPlan* plan);

@@ -71,6 +71,10 @@ void FaultyDisk::fail(DiskCall call, int error) {
     request("fail " + nameOf(call) + ' ' + std::to_string(error));
 }
 
+void FaultyDisk::ignoreCase() {
+    request("ignore case");
+}
+
 int FaultyDisk::count(DiskCall call, const std::string& name) {
     return std::stoi(request("count " + nameOf(call) + ' ' + name));
 }

@@ -40,6 +40,9 @@ public:
     /// From now on such calls fail with that errno; 0: no more.
     void fail(DiskCall call, int error);
 
+    /// From now on names in capital and in small letters are the same to it, as on a memory card.
+    void ignoreCase();
+
     /// How many such calls there were about the file of that name.
     int count(DiskCall call, const std::string& name);
 

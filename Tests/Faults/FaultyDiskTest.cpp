@@ -6,11 +6,15 @@
 #include "Tests/Support/Pictures.h"
 #include "Tests/Vantrel/CullingFixture.h"
 
+#include <QBuffer>
 #include <QTest>
 
+#include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <functional>
 #include <future>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -68,6 +72,19 @@ private slots:
             QVERIFY(decodeImage(disk.url().appendingPathComponent("a.jpg"), size));
             QCOMPARE(disk.count(DiskCall::Read, "a.jpg") - before, (largePhoto().size() + piece - 1) / piece);
         }
+    }
+
+    void aPictureOfAnotherFormatIsReadInSuchPiecesToo() {
+        constexpr qsizetype piece = 512LL * 1024;
+        FaultyDisk disk;
+        QByteArray picture;
+        QBuffer buffer(&picture);
+        QVERIFY(randomPixels({1000, 700}).save(&buffer, "PNG"));
+        disk.files().write("a.jpg", picture);
+        QVERIFY(decodeImage(disk.url().appendingPathComponent("a.jpg"), 0));
+        const qsizetype pieces = (picture.size() + piece - 1) / piece;
+        QVERIFY(
+            disk.count(DiskCall::Read, "a.jpg") <= pieces + 1); // the first also to see that it is no JPEG
     }
 
     void aPhotoThatIsLeftIsReadNoFurther() {
@@ -132,6 +149,33 @@ private slots:
         QVERIFY2(!scene.viewModel->hasErrorMessage(), qPrintable(scene.viewModel->errorText()));
         QCOMPARE(checksumsIn(disk.files().url()), moved(before, {"a.jpg", "b.jpg"}, "approved"));
         QCOMPARE(names(*scene.viewModel), (Names{"c.jpg", "d.jpg"}));
+    }
+
+    void aPhotoThatTheDiskTakesForAnotherOfTheSameMoveStays() {
+        FaultyDisk disk;
+        disk.ignoreCase();
+        CullingFixture scene;
+        const Names both{"IMG_1.JPG", "img_1.jpg"};
+        writePhotos(scene.photos, {both[0], both[1], "other.jpg"});
+        std::filesystem::create_directory_symlink(disk.url().path(), scene.photos.at("approved").path());
+        scene.start().loadFolder(scene.photos.url());
+        const std::map<std::string, QByteArray> before = {
+            {both[0], contentOf(scene.photos.at(both[0]))}, {both[1], contentOf(scene.photos.at(both[1]))}};
+        for (int photo = 0; photo < 3; ++photo) {
+            scene.viewModel->toggleApproved();
+            scene.viewModel->nextPhoto();
+        }
+        scene.viewModel->moveApproved();
+        QCOMPARE(scene.viewModel->photoCount(), 1);
+        const std::string left = names(*scene.viewModel).front();
+        QVERIFY(std::ranges::count(both, left) == 1);
+        QCOMPARE(scene.viewModel->errorText(),
+            QStringLiteral("Failed to move some approved photos:\n%1: In “approved” it has the same name as "
+                           "another that has just been moved.")
+                .arg(QString::fromStdString(left)));
+        QCOMPARE(contentOf(scene.photos.at(left)), before.at(left));
+        QCOMPARE(contentOf(disk.files().at("img_1.jpg")), before.at(left == both[0] ? both[1] : both[0]));
+        QVERIFY(exists(disk.files().at("other.jpg")));
     }
 
     void aDiskThatIsGoneKeepsItsPhotosAndIsSaidToBeGone() {

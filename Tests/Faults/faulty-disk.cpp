@@ -13,6 +13,8 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <filesystem>
 #include <iostream>
@@ -38,8 +40,12 @@ Disk& disk() {
 }
 
 /// The path in the folder.
-const char* inFolder(const char* path) {
-    return path[1] == '\0' ? "." : path + 1;
+std::string inFolder(const char* path) {
+    std::string name = path[1] == '\0' ? "." : path + 1;
+    if (disk().faults.ignoresCase()) {
+        std::ranges::transform(name, name.begin(), [](unsigned char letter) { return std::tolower(letter); });
+    }
+    return name;
 }
 
 OpenFile& openFile(const fuse_file_info* info) {
@@ -72,7 +78,7 @@ auto serve(DiskCall call, const std::string& name, const Work& work) -> decltype
 template <typename Work>
 int servePath(DiskCall call, const char* path, const Work& work) {
     const auto name = std::filesystem::path(path).filename().native();
-    return serve(call, name, [&] { return outcome(work(disk().folder, inFolder(path))); });
+    return serve(call, name, [&] { return outcome(work(disk().folder, inFolder(path).c_str())); });
 }
 
 template <typename Work>
@@ -206,13 +212,14 @@ int removeFolder(const char* path) {
 }
 
 int rename(const char* from, const char* to, unsigned flags) {
-    return change(from,
-        [&](int folder, const char* name) { return renameat2(folder, name, folder, inFolder(to), flags); });
+    return change(from, [&](int folder, const char* name) {
+        return renameat2(folder, name, folder, inFolder(to).c_str(), flags);
+    });
 }
 
 int link(const char* from, const char* to) {
-    return change(
-        from, [&](int folder, const char* name) { return linkat(folder, name, folder, inFolder(to), 0); });
+    return change(from,
+        [&](int folder, const char* name) { return linkat(folder, name, folder, inFolder(to).c_str(), 0); });
 }
 
 int setMode(const char* path, mode_t mode, fuse_file_info*) {

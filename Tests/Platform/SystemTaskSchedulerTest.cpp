@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cerrno>
 #include <latch>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -140,12 +141,13 @@ private slots:
     void workThatIsStuckDoesNotHoldUpOtherWork() {
         constexpr int manyStuck = 900; // photos that a held key has gone over in half a minute
         SystemTaskScheduler scheduler;
-        std::latch release(1);
+        const auto release =
+            std::make_shared<std::latch>(1); // those that wait may look at it after the test has ended
         for (int stuck = 0; stuck < manyStuck; ++stuck) {
             scheduler.detached(
                 TaskPriority::UserInitiated,
-                [&](const Task&) {
-                    release.wait();
+                [release](const Task&) {
+                    release->wait();
                     return 0;
                 },
                 [](int) {});
@@ -154,7 +156,7 @@ private slots:
         scheduler.detached(
             TaskPriority::UserInitiated, [](const Task&) { return 0; }, [&](int) { isDelivered = true; });
         QTRY_VERIFY(isDelivered);
-        release.count_down();
+        release->count_down();
     }
 
 #if !defined(__has_feature) // a sanitizer wants to know of every thread that is made

@@ -199,6 +199,24 @@ private slots:
         QVERIFY(viewModel.orphanRawURLs().empty());
     }
 
+    void aLinkIsDeletedAndNotWhatItLeadsTo() {
+        CullingFixture fixture;
+        fixture.photos.makeFolder("elsewhere");
+        fixture.photos.write("elsewhere/raw", "raw");
+        fixture.photos.write("elsewhere/deep.ARW", "raw");
+        for (const char* name : {"raw", "deep.ARW", ""}) {
+            const std::string target = std::string("elsewhere/") + name;
+            const std::string link = std::string("link ") + name + ".ARW";
+            QCOMPARE(symlink(target.c_str(), fixture.photos.at(link).path().c_str()), 0);
+        }
+        OpenViewModel& viewModel = search(fixture);
+        QCOMPARE(viewModel.orphanRawURLs().size(), 3U);
+        viewModel.deleteOrphanRawFiles();
+        QVERIFY(!viewModel.hasErrorMessage());
+        QCOMPARE(namesIn(fixture.photos.url()), Names{"elsewhere"});
+        QCOMPARE(namesIn(fixture.photos.at("elsewhere")), (Names{"deep.ARW", "raw"}));
+    }
+
     void neitherOperationClearsAnEarlierMessage() {
         CullingFixture fixture;
         fixture.photos.write("a.ARW", "raw");

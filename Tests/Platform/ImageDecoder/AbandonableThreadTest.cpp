@@ -21,6 +21,7 @@ private slots:
     void workIsAbandonedOnceItHasTakenTooMuchProcessorTime();
     void workThatWaitsTakesNoProcessorTime();
     void abandonedWorkRunsWhereNothingElseWantsTo();
+    void whereManyHangTheNextWaitsForOneToEnd();
 };
 
 namespace {
@@ -82,6 +83,30 @@ void AbandonableThreadTest::abandonedWorkRunsWhereNothingElseWantsTo() {
     QVERIFY(!runAbandonably(endless(shared), Task(), 1ms));
     QTRY_VERIFY(shared->hasEnded);
     QCOMPARE(shared->policy, SCHED_IDLE);
+}
+
+void AbandonableThreadTest::whereManyHangTheNextWaitsForOneToEnd() {
+    const auto release = std::make_shared<std::atomic<bool>>(false);
+    const auto hanging = std::make_shared<std::atomic<int>>(0);
+    const auto hang = [=](const Task&) {
+        ++*hanging;
+        release->wait(false);
+        --*hanging;
+    };
+    Task left;
+    left.cancel();
+    constexpr int most = 64;
+    for (int thread = 0; thread < most; ++thread) {
+        QVERIFY(!runAbandonably(hang, left, 1h));
+    }
+    QTRY_COMPARE(hanging->load(), most);
+    QVERIFY(!runAbandonably(hang, Task(), 10ms)); // in vain
+    QVERIFY(!runAbandonably(hang, left, 1h));     // nobody wants it
+    QCOMPARE(hanging->load(), most);
+    *release = true;
+    release->notify_all();
+    QVERIFY(runAbandonably([](const Task&) {}, Task(), 1h));
+    QTRY_COMPARE(hanging->load(), 0);
 }
 
 QTEST_GUILESS_MAIN(AbandonableThreadTest)

@@ -35,14 +35,14 @@ void HangingPlugin::release() {
     isReleased = true;
 }
 
-QImageIOPlugin::Capabilities HangingPlugin::capabilities(QIODevice* device, const QByteArray&) const {
-    return device && device->peek(signature().size()) == signature() ? CanRead : Capabilities();
+QImageIOPlugin::Capabilities HangingPlugin::capabilities(QIODevice*, const QByteArray& format) const {
+    return format == "heif" ? CanRead : Capabilities();
 }
 
 QImageIOHandler* HangingPlugin::create(QIODevice* device, const QByteArray&) const {
     auto* const handler = new HangingHandler;
     handler->setDevice(device);
-    handler->setFormat("heic");
+    handler->setFormat("heif");
     return handler;
 }
 

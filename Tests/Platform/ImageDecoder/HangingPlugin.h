@@ -11,7 +11,7 @@ class HangingPlugin : public QImageIOPlugin {
 
 public:
     /// The beginning of the files that are its own.
-    static QByteArray signature() { return "hanging"; }
+    static QByteArray signature() { return QByteArray(4, '\0') + "ftypheic"; }
 
     /// How many threads are in it now. Any thread.
     static int hangingThreads();

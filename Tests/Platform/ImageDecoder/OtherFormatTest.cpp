@@ -10,9 +10,11 @@
 #include <QImageReader>
 #include <QImageWriter>
 #include <QTest>
+#include <QtEndian>
 
 #include <filesystem>
 #include <thread>
+#include <utility>
 
 using Platform::decodeImage;
 
@@ -28,6 +30,7 @@ private slots:
     void transparentPartsAreShownOverBlack();
     void greyAndPalettesAreShown();
     void itsProfileIsApplied();
+    void anEndlessProfileIsNot();
     void aPictureOverQtsOwnLimitIsShown();
     void itIsTurnedUpright_data();
     void itIsTurnedUpright();
@@ -179,6 +182,18 @@ void OtherFormatTest::itsProfileIsApplied() {
     QVERIFY(isNear(decode(encoded(picture, "png")).pixelColor(5, 5), Qt::green, 8));
 }
 
+void OtherFormatTest::anEndlessProfileIsNot() {
+    for (const auto& [size, color] : {std::pair(1, Qt::green), std::pair(20, Qt::red)}) {
+        QByteArray profile = IccProfile::rotatedRgb();
+        profile.append(QByteArray(qsizetype{size} << 20, '\0'));
+        qToBigEndian(static_cast<quint32>(profile.size()), profile.data()); // ICC.1, 7.2.2
+        QImage picture = plain(QSize(20, 10), Qt::red);
+        picture.setColorSpace(QColorSpace::fromIccProfile(profile));
+        QVERIFY(picture.colorSpace().isValid());
+        QVERIFY(isNear(decode(encoded(picture, "tiff")).pixelColor(5, 5), color, 8));
+    }
+}
+
 void OtherFormatTest::aPictureOverQtsOwnLimitIsShown() {
     QImage picture(QSize(7000, 5000), QImage::Format_Grayscale8);
     picture.fill(200);
@@ -215,6 +230,8 @@ void OtherFormatTest::tooManyPixelsAreRefused_data() {
     QTest::addColumn<QByteArray>("file");
     QTest::newRow("more than any camera gives") << pngHeader(QSize(30000, 20000), 1, grey);
     QTest::newRow("too much memory") << pngHeader(QSize(15000, 10000), 16, colorAndAlpha);
+    QTest::newRow("too wide") << pngHeader(QSize(1'000'000, 512), 1, grey);
+    QTest::newRow("too high") << pngHeader(QSize(1, 1'000'000), 1, grey);
 }
 
 void OtherFormatTest::tooManyPixelsAreRefused() {

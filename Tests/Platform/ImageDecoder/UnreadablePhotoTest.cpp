@@ -2,16 +2,23 @@
 #include "Tests/Support/JpegWriter.h"
 #include "Tests/Support/PictureComparison.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/ProcessCost.h"
+#include "Tests/Support/Sanitizers.h"
 #include "Tests/Support/TemporaryFolder.h"
 #include "Tests/Support/WithoutPrivileges.h"
 
+#include <QBuffer>
+#include <QFile>
 #include <QTest>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
+#include <optional>
 
 using Platform::decodeImage;
 using Platform::FileURL;
@@ -45,6 +52,9 @@ private slots:
     void tooManyPixelsAreRefused();
     void tooMuchMemoryForAProgressivePhotoIsRefused();
     void aLargeHeaderIsReadButNotAnEndlessOne();
+    void nothingIsReadThatIsFarBehindThePhoto();
+    void lackOfMemoryIsAnError_data();
+    void lackOfMemoryIsAnError();
     void manyScansAreShownButNotThousands_data();
     void manyScansAreShownButNotThousands();
 
@@ -58,6 +68,27 @@ namespace {
 
 // What is damaged is decoded by the library, which rounds a little otherwise.
 constexpr double aLevel = 1.5;
+
+/// Whether so little was spent that the photo was refused before it was decoded.
+bool isRefusal(const ProcessCost& cost) {
+    constexpr std::chrono::milliseconds littleTime{500};
+    constexpr qint64 littleMemory = qint64{16} << 20;
+    return cost.processorTime() < littleTime && (isSanitized || cost.memory() < littleMemory);
+}
+
+/// Lets the process have so many bytes of memory more than it has; nothing: as many as there are.
+void setAddressSpace(std::optional<rlim_t> more) {
+    rlimit limit{};
+    getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    if (more) {
+        QFile file(QStringLiteral("/proc/self/statm")); // its first number: pages
+        const bool isOpen = file.open(QIODevice::ReadOnly);
+        const auto pages = isOpen ? file.readLine().split(' ').front().toULongLong() : 0;
+        limit.rlim_cur = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + *more;
+    }
+    setrlimit(RLIMIT_AS, &limit);
+}
 
 /// The file with its second scan repeated.
 QByteArray withRepeatedScan(const QByteArray& progressive, int times) {
@@ -232,13 +263,17 @@ void UnreadablePhotoTest::aNameOf255BytesIsOpened() {
 
 void UnreadablePhotoTest::moreSidePixelsThanTheFormatAllowsAreRefused() {
     const QByteArray file = withSize(jpegFile(plain(QSize(20, 10), Qt::red)), 65535, 65535);
+    const ProcessCost cost;
     QVERIFY(!decodeImage(write(file), 200));
     QVERIFY(!decodeImage(write(file), 0));
+    QVERIFY(isRefusal(cost));
 }
 
 void UnreadablePhotoTest::tooManyPixelsAreRefused() {
-    const auto image =
-        decodeImage(write(withSize(jpegFile(plain(QSize(20, 10), Qt::red)), 65000, 65000)), 200);
+    const auto photo = write(withSize(jpegFile(plain(QSize(20, 10), Qt::red)), 65000, 65000));
+    const ProcessCost cost;
+    const auto image = decodeImage(photo, 200);
+    QVERIFY(isRefusal(cost));
     QVERIFY(!image);
     QCOMPARE(
         image.error().localizedDescription(), QStringLiteral("“photo.jpg” has too many pixels to be shown."));
@@ -250,7 +285,9 @@ void UnreadablePhotoTest::tooMuchMemoryForAProgressivePhotoIsRefused() {
     options.isProgressive = true;
     options.isSubsampled = false;
     const QByteArray file = withSize(jpegFile(plain(QSize(20, 10), Qt::red), options), 20000, 20000);
+    const ProcessCost cost;
     QVERIFY(!decodeImage(write(file), 200));
+    QVERIFY(isRefusal(cost));
 }
 
 void UnreadablePhotoTest::aLargeHeaderIsReadButNotAnEndlessOne() {
@@ -259,6 +296,62 @@ void UnreadablePhotoTest::aLargeHeaderIsReadButNotAnEndlessOne() {
     const QByteArray start = file.left(2); // the marker that every file begins with
     QVERIFY(decodeImage(write(start + segment.repeated(500) + file.mid(2)), 0));
     QVERIFY(!decodeImage(write(start + segment.repeated(1100) + file.mid(2)), 0));
+}
+
+void UnreadablePhotoTest::nothingIsReadThatIsFarBehindThePhoto() {
+    JpegOptions options;
+    options.isProgressive = true;
+    QByteArray file = jpegFile(landscape(QSize(64, 64)), options);
+    const auto whole = decodeImage(write(file), 0);
+    file.chop(2); // the end, which is looked for in all that follows
+    const FileURL photo = write(file);
+    std::filesystem::resize_file(photo.path(), std::uintmax_t{20} << 30);
+    const ProcessCost cost;
+    const auto image = decodeImage(photo, 0);
+    constexpr std::chrono::seconds enough{10};
+    QVERIFY2(cost.processorTime() < enough, qPrintable(QString::number(cost.processorTime().count())));
+    QVERIFY(whole && image);
+    QCOMPARE(image->pixels(), whole->pixels());
+}
+
+void UnreadablePhotoTest::lackOfMemoryIsAnError_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<int>("maxPixelSize");
+    const QImage picture = landscape(QSize(1600, 1000));
+    JpegOptions progressive;
+    progressive.isProgressive = true;
+    QByteArray png;
+    QBuffer buffer(&png);
+    picture.save(&buffer, "PNG");
+    for (const int size : {200, 1200, 0}) {
+        QTest::addRow("JPEG at %d", size) << jpegFile(picture) << size;
+        QTest::addRow("progressive JPEG at %d", size) << jpegFile(picture, progressive) << size;
+        QTest::addRow("PNG at %d", size) << png << size;
+    }
+}
+
+void UnreadablePhotoTest::lackOfMemoryIsAnError() {
+    if (isSanitized) {
+        QSKIP("a sanitizer needs all the memory there is");
+    }
+    QFETCH(QByteArray, file);
+    QFETCH(int, maxPixelSize);
+    const FileURL photo = write(file);
+    QVERIFY(decodeImage(photo, maxPixelSize));
+    const pid_t child = fork();
+    if (child == 0) { // what it may not have, this process keeps
+        bool isShown = false;
+        for (rlim_t memory = 0; !isShown; memory += rlim_t{512} << 10) {
+            setAddressSpace(memory);
+            const auto image = decodeImage(photo, maxPixelSize);
+            setAddressSpace(std::nullopt);
+            isShown = bool(image);
+        }
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    QVERIFY2(WIFEXITED(status) && WEXITSTATUS(status) == 0, qPrintable(QString::number(status)));
 }
 
 void UnreadablePhotoTest::manyScansAreShownButNotThousands_data() {
