@@ -240,6 +240,7 @@ private slots:
         constexpr int changing = 12;
         constexpr int steady = 5;
         std::vector<QByteArray> photos;
+        photos.reserve(changing);
         for (int index = 0; index < changing; ++index) {
             photos.push_back(readablePhoto(index));
         }

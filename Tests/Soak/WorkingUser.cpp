@@ -17,14 +17,16 @@
 #include <utility>
 
 using namespace std::chrono_literals;
+using SteadyClock = std::chrono::steady_clock;
 
 namespace {
 
 constexpr Key approveKey = XK_space;
 constexpr Key rejectKey = XK_x;
 
-double millisecondsSince(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+template <typename Clock>
+double millisecondsSince(std::chrono::time_point<Clock> start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
 /// Between two looks at the screen, whose time is part of every figure.
@@ -70,7 +72,7 @@ bool WorkingUser::showsExpected() const {
 }
 
 void WorkingUser::waitFor(const QString& what, const std::function<bool()>& isSo) const {
-    const auto start = Clock::now();
+    const auto start = SteadyClock::now();
     while (!isSo()) {
         if (millisecondsSince(start) > patience) {
             throw std::runtime_error(QStringLiteral("%1: photo %2 is not to be seen; the application %3")
@@ -86,13 +88,13 @@ void WorkingUser::waitFor(const QString& what, const std::function<bool()>& isSo
 void WorkingUser::waitUntilStill(const QRect& part) const {
     constexpr double stillness = 600; // ms: a decode begins 400 ms after the last turn of the wheel
     QImage seen = m_screen.picture(part);
-    auto since = Clock::now();
+    auto since = SteadyClock::now();
     while (millisecondsSince(since) < stillness) {
         pause(20ms);
         const QImage now = m_screen.picture(part);
         if (now != seen) {
             seen = now;
-            since = Clock::now();
+            since = SteadyClock::now();
         }
     }
 }
@@ -157,12 +159,12 @@ void WorkingUser::walk(int steps, std::chrono::milliseconds look) {
 void WorkingUser::hold(const QString& kind, Key key, int step, int count) {
     constexpr auto interval = 33ms;
     std::deque<Awaited> awaited;
-    auto due = Clock::now();
+    auto due = SteadyClock::now();
     for (int pressed = 0; pressed < count; ++pressed) {
         m_expected.walk(step);
         awaited.push_back({Clock::now(), m_expected.photo(), m_expected.verdict()});
         m_screen.press({key});
-        for (due += interval; Clock::now() < due; blink()) {
+        for (due += interval; SteadyClock::now() < due; blink()) {
             awaitPhotos(kind, awaited);
         }
         m_betweenKeys();
@@ -289,6 +291,9 @@ void WorkingUser::work() {
     hold(QStringLiteral("left, held"), XK_Left, -1, 30);
     walk(1, 400ms);
     zoomAndPan();
+    while ((m_expected.photo() + largePictures + 1) % SoakPhotos::different != 0) {
+        walk(1, 60ms);
+    }
     walk(largePictures + 1, 400ms);
 }
 

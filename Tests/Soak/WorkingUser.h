@@ -4,6 +4,7 @@
 #include "Tests/EndToEnd/VirtualScreen.h"
 #include "Tests/Soak/ExpectedCulling.h"
 #include "Tests/Soak/KeyTimes.h"
+#include "Tests/Soak/MachineClock.h"
 #include "Tests/Soak/SoakPhotos.h"
 
 #include <QRect>
@@ -27,7 +28,7 @@ public:
     void openFolder();
 
     /// Walks through some hundreds of photos, holds the arrows, marks, takes back and zooms; ends on a photo that is as
-    /// large as it becomes unzoomed, with as many behind it as the application keeps.
+    /// large as it becomes unzoomed, with as many behind it as the application keeps: the same ones each time.
     void work();
 
     /// Moves what is marked into its folders, looks at what comes next, and puts all of it back on the disk.
@@ -49,7 +50,7 @@ public:
     int walkedPhotos() const { return m_walkedPhotos; }
 
 private:
-    using Clock = std::chrono::steady_clock;
+    using Clock = MachineClock;
     struct Awaited { // a photo that a held key has gone to
         Clock::time_point since;
         int photo;

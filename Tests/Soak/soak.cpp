@@ -6,6 +6,7 @@
 // the process held.
 #include "Tests/EndToEnd/RunningApplication.h"
 #include "Tests/EndToEnd/VirtualScreen.h"
+#include "Tests/Soak/MachineClock.h"
 #include "Tests/Soak/ResourceLog.h"
 #include "Tests/Soak/SoakCriteria.h"
 #include "Tests/Soak/SoakPhotos.h"
@@ -156,14 +157,18 @@ int run(const Order& order) {
     }
     Watch watch(application.window().processId);
     WorkingUser user(screen, application, photos, [&] { watch.sampleNowAndThen(); });
+    const StolenTime stolenBefore = stolenTime();
     const double warmUp = workFor(order.hours, user, watch, order.csvFile);
+    const auto stolen = stolenTime().average() - stolenBefore.average();
     close(screen, application);
 
-    print(QStringLiteral("%1 minutes with %2 photos: %3 photos walked over, %4 moved and put back\n\n")
+    print(QStringLiteral("%1 minutes with %2 photos: %3 photos walked over, %4 moved and put back\n"
+                         "of that time the host of this machine took %5 s, which do not count\n\n")
               .arg(watch.hours() * 60, 0, 'f', 1)
               .arg(photos.count())
               .arg(user.walkedPhotos())
-              .arg(user.movedPhotos()));
+              .arg(user.movedPhotos())
+              .arg(std::chrono::duration<double>(stolen).count(), 0, 'f', 1));
     print(user.keys().table());
     print(QStringLiteral("of %1 photos gone to by a held key, the next overtook %2\n\n")
               .arg(user.heldPhotos())

@@ -205,7 +205,7 @@ void ThreadTeamTest::lackOfMemoryComesOutWhoeverHasIt() {
             }
             finished += workFor(100'000) != 0 ? 1 : 0;
         };
-        QVERIFY_EXCEPTION_THROWN(team.run(body), std::bad_alloc);
+        QVERIFY_THROWS_EXCEPTION(std::bad_alloc, team.run(body));
         QCOMPARE(finished.load(), 1);
         std::atomic<int> calls = 0;
         team.forEach(100, [&](int) { ++calls; }); // works on
