@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QTest>
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -78,6 +79,7 @@ bool isRefusal(const ProcessCost& cost) {
 
 /// Lets the process have so many bytes of memory more than it has; nothing: as many as there are.
 void setAddressSpace(std::optional<rlim_t> more) {
+    malloc_trim(0); // what is kept for later would do for all of a decode
     rlimit limit{};
     getrlimit(RLIMIT_AS, &limit);
     limit.rlim_cur = limit.rlim_max;
