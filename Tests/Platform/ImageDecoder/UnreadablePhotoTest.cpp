@@ -8,18 +8,19 @@
 #include "Tests/Support/WithoutPrivileges.h"
 
 #include <QBuffer>
-#include <QFile>
 #include <QTest>
 
-#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
-#include <optional>
+#include <fstream>
+#include <utility>
 
 using Platform::decodeImage;
 using Platform::FileURL;
@@ -77,20 +78,47 @@ bool isRefusal(const ProcessCost& cost) {
     return cost.processorTime() < littleTime && (isSanitized || cost.memory() < littleMemory);
 }
 
-/// Lets the process have so many bytes of memory more than it has; nothing: as many as there are.
-void setAddressSpace(std::optional<rlim_t> more) {
-    malloc_trim(0); // what is kept for later would do for all of a decode
-    rlimit limit{};
-    getrlimit(RLIMIT_AS, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    if (more) {
-        QFile file(QStringLiteral("/proc/self/statm")); // its first number: pages
-        const bool isOpen = file.open(QIODevice::ReadOnly);
-        const auto pages = isOpen ? file.readLine().split(' ').front().toULongLong() : 0;
-        limit.rlim_cur = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + *more;
+/// While it lives, the process gets no more memory than so many bytes.
+class ScarceMemory {
+public:
+    explicit ScarceMemory(rlim_t bytes) {
+        getrlimit(RLIMIT_AS, &m_before);
+        const rlim_t present = addressSpace();
+        allow(present);
+        for (std::size_t size = std::size_t{1} << 20; size >= leastPiece; size /= 2) {
+            while (void* const piece = std::malloc(size)) { // what the heap keeps for later
+                *static_cast<void**>(piece) = std::exchange(m_hoard, piece);
+            }
+        }
+        allow(present + bytes);
     }
-    setrlimit(RLIMIT_AS, &limit);
-}
+    ~ScarceMemory() {
+        setrlimit(RLIMIT_AS, &m_before);
+        while (m_hoard) {
+            std::free(std::exchange(m_hoard, *static_cast<void**>(m_hoard)));
+        }
+    }
+    ScarceMemory(const ScarceMemory&) = delete;
+    ScarceMemory& operator=(const ScarceMemory&) = delete;
+
+private:
+    static constexpr std::size_t leastPiece = 4096;
+
+    static rlim_t addressSpace() {
+        std::ifstream file("/proc/self/statm");
+        rlim_t pages = 0;
+        file >> pages;
+        return pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+    }
+
+    void allow(rlim_t bytes) const {
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_AS, &limit);
+    }
+
+    rlimit m_before{};
+    void* m_hoard = nullptr; ///< the last piece, which begins with the address of the one before
+};
 
 /// The file with its second scan repeated.
 QByteArray withRepeatedScan(const QByteArray& progressive, int times) {
@@ -342,12 +370,14 @@ void UnreadablePhotoTest::lackOfMemoryIsAnError() {
     QVERIFY(decodeImage(photo, maxPixelSize));
     const pid_t child = fork();
     if (child == 0) { // what it may not have, this process keeps
+        for (const int crash : {SIGABRT, SIGSEGV}) {
+            std::signal(crash, SIG_DFL); // ends it at once
+        }
+        constexpr rlim_t step = rlim_t{512} << 10;
         bool isShown = false;
-        for (rlim_t memory = 0; !isShown; memory += rlim_t{512} << 10) {
-            setAddressSpace(memory);
-            const auto image = decodeImage(photo, maxPixelSize);
-            setAddressSpace(std::nullopt);
-            isShown = bool(image);
+        for (rlim_t memory = step; !isShown; memory += step) { // the first is for the words of the error
+            const ScarceMemory scarce(memory);
+            isShown = bool(decodeImage(photo, maxPixelSize));
         }
         _exit(0);
     }
