@@ -120,6 +120,16 @@ private:
     void* m_hoard = nullptr; ///< the last piece, which begins with the address of the one before
 };
 
+/// Until it shows; an exception ends the process.
+void decodeWithEverMoreMemory(const FileURL& photo, int maxPixelSize) noexcept {
+    constexpr rlim_t step = rlim_t{512} << 10;
+    bool isShown = false;
+    for (rlim_t memory = step; !isShown; memory += step) { // the first is for the words of the error
+        const ScarceMemory scarce(memory);
+        isShown = bool(decodeImage(photo, maxPixelSize));
+    }
+}
+
 /// The file with its second scan repeated.
 QByteArray withRepeatedScan(const QByteArray& progressive, int times) {
     const QByteArray startOfScan("\xff\xda", 2);
@@ -373,12 +383,7 @@ void UnreadablePhotoTest::lackOfMemoryIsAnError() {
         for (const int crash : {SIGABRT, SIGSEGV}) {
             std::signal(crash, SIG_DFL); // ends it at once
         }
-        constexpr rlim_t step = rlim_t{512} << 10;
-        bool isShown = false;
-        for (rlim_t memory = step; !isShown; memory += step) { // the first is for the words of the error
-            const ScarceMemory scarce(memory);
-            isShown = bool(decodeImage(photo, maxPixelSize));
-        }
+        decodeWithEverMoreMemory(photo, maxPixelSize);
         _exit(0);
     }
     int status = 0;
