@@ -17,8 +17,12 @@ std::optional<struct stat> statusOf(const DirectoryEntry& entry) {
     return status;
 }
 
+bool isSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 bool isUnchanged(const struct stat& before, const struct stat& now) {
-    return before.st_dev == now.st_dev && before.st_ino == now.st_ino && before.st_size == now.st_size &&
+    return isSameFile(before, now) && before.st_size == now.st_size &&
            before.st_mtim.tv_sec == now.st_mtim.tv_sec && before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
 }
 

@@ -17,6 +17,9 @@ struct DirectoryEntry {
 /// What stands there, links not followed; nothing, with errno set, where it cannot be told.
 std::optional<struct stat> statusOf(const DirectoryEntry& entry);
 
+/// Whether one file is behind both.
+bool isSameFile(const struct stat& a, const struct stat& b);
+
 /// Whether both are the same file with, as far as size and time of writing tell, the same content.
 bool isUnchanged(const struct stat& before, const struct stat& now);
 

@@ -68,8 +68,7 @@ bool isSameItem(const FileURL& first, const FileURL& second) {
     struct stat firstStatus = {};
     struct stat secondStatus = {};
     return lstat(first.path().c_str(), &firstStatus) == 0 &&
-           lstat(second.path().c_str(), &secondStatus) == 0 && firstStatus.st_dev == secondStatus.st_dev &&
-           firstStatus.st_ino == secondStatus.st_ino;
+           lstat(second.path().c_str(), &secondStatus) == 0 && isSameFile(firstStatus, secondStatus);
 }
 
 Result<void> moveItem(const FileURL& source, const FileURL& target) {

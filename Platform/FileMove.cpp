@@ -24,11 +24,6 @@ Error notReplaced(const DirectoryEntry& target, int code) {
         QStringLiteral("The “%1” that is there already could not be replaced"), target.name, code);
 }
 
-/// Whether one file is behind both.
-bool isSameFile(const struct stat& a, const struct stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
 /// Gives 0, or errno. A disk may report as failed what it has done, as over a network where the answer got lost and the wish is
 /// made again; so it is looked at.
 int renameEntry(const DirectoryEntry& from, const DirectoryEntry& to) {
