@@ -17,7 +17,6 @@
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QQuickView>
-#include <QSettings>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -62,8 +61,7 @@ public:
 
 private:
     QTemporaryDir m_home;
-    QSettings m_settings{m_home.filePath("settings.ini"), QSettings::IniFormat};
-    Platform::UserDefaults m_userDefaults{m_settings};
+    Platform::UserDefaults m_userDefaults{FileURL(fs::path(m_home.filePath("settings.json").toStdString()))};
     Platform::SystemTaskScheduler m_scheduler;
     std::optional<FileURL> m_choice;
     ObservedViewModel m_viewModel{

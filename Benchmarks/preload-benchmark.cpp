@@ -13,7 +13,6 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QSettings>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -41,8 +40,8 @@ std::vector<fs::path> drawPhotos(const fs::path& folder) {
 /// In seconds, from choosing the folder to the last thumbnail.
 double preload(const PhotoFolder& folder, int count) {
     const QTemporaryDir home;
-    QSettings settings(home.filePath("settings.ini"), QSettings::IniFormat);
-    Platform::UserDefaults userDefaults(settings);
+    Platform::UserDefaults userDefaults(
+        Platform::FileURL(fs::path(home.filePath("settings.json").toStdString())));
     Platform::SystemTaskScheduler scheduler;
     ObservedViewModel viewModel(
         {scheduler, userDefaults, [&](const QString&, const Platform::FileURL&) { return folder.url(); }});

@@ -1,29 +1,33 @@
 #pragma once
 
+#include "Platform/FileURL.h"
+
 #include <QByteArray>
 #include <QString>
 
 #include <optional>
 
-class QSettings;
-
 namespace Platform {
 
-/// The persisted settings of this user. Main thread.
+/// The persisted settings of this user, in a file of JSON (RFC 8259) that is replaced as a whole. Nothing is kept in memory.
+/// Main thread.
 class UserDefaults {
 public:
-    /// @param settings  where the entries are kept; outlives this object
-    explicit UserDefaults(QSettings& settings) : m_settings(settings) {}
+    /// The application's file, in the user's folder for such files. Needs the application's name.
+    static FileURL standardFile();
 
-    /// The bytes stored under the key, or nothing where there are none.
+    /// @param file  where the entries are kept; made, as is its folder, when the first is stored
+    explicit UserDefaults(const FileURL& file) : m_file(file) {}
+
+    /// The bytes stored under the key; nothing where there are none, or where the file cannot be read.
     std::optional<QByteArray> data(const QString& key) const;
 
-    /// Stores the bytes under the key, replacing any earlier ones, and writes them to the disk before it
-    /// returns.
+    /// Stores the bytes under the key, replacing any earlier ones, and writes them to the disk before it returns. Where that fails,
+    /// as on a full disk, the file stays as it was.
     void setData(const QString& key, const QByteArray& bytes);
 
 private:
-    QSettings& m_settings;
+    const FileURL m_file;
 };
 
 } // namespace Platform

@@ -6,7 +6,6 @@
 
 #include <QFontDatabase>
 #include <QQuickView>
-#include <QSettings>
 
 #include <thread>
 
@@ -21,8 +20,7 @@ public:
     void show();
 
 private:
-    QSettings m_settings;
-    Platform::UserDefaults m_userDefaults{m_settings};
+    Platform::UserDefaults m_userDefaults{Platform::UserDefaults::standardFile()};
     /// Looks for the system's fonts while the main thread decodes the first photo.
     std::jthread m_fontSearch{[] { QFontDatabase::families(); }};
     Platform::SystemTaskScheduler m_scheduler;

@@ -24,7 +24,9 @@ RunningApplication::RunningApplication(
         environment.insert(
             "QT_NO_GLIB", "1"); // what leaks beneath its functions is let pass: nothing of ours may be there
     }
-    environment.insert("QSG_INFO", "1"); // tells what really draws
+    environment.insert(
+        "TMPDIR", QString::fromStdString(home.path().native())); // so that all that it writes is seen
+    environment.insert("QSG_INFO", "1");                         // tells what really draws
     environment.insert("QT_FORCE_STDERR_LOGGING", "1");
     m_process.setProcessEnvironment(environment);
     endWithThisProcessAndHeedPermissions(m_process);

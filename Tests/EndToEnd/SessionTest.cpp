@@ -100,6 +100,7 @@ private slots:
 
     void nothingIsWrittenButTheSettings() {
         writePhotos(cameraNames(3));
+        const QStringList before = checksumsIn(m_photos->url());
         QVERIFY(start());
         QVERIFY(openFolder(m_photos->url()));
         SEES("photo 0");
@@ -107,11 +108,12 @@ private slots:
         m_screen->press(moveApprovedKeys);
         SEES("photo 1");
         QVERIFY(closeWindow());
+        QCOMPARE(checksumsIn(m_photos->url()), moved(before, {cameraNames(1).front()}, "approved"));
         QStringList written;
         for (const QString& file : checksumsIn(m_home->url())) {
             written.append(file.section(u' ', 0, -2));
         }
-        QCOMPARE(written, QStringList({".config/QtProject.conf", ".config/Vantrel/Vantrel.conf"}));
+        QCOMPARE(written, QStringList({".config/QtProject.conf", ".config/Vantrel/settings.json"}));
     }
 
     void theLastFolderIsRememberedForTheNextStart() {
@@ -119,8 +121,8 @@ private slots:
         QVERIFY(start());
         QVERIFY(openFolder(m_photos->url()));
         SEES("photo 0");
-        const FileURL settings = m_home->at(".config/Vantrel/Vantrel.conf");
-        QVERIFY(exists(settings) && contentOf(settings).contains("LastFolderBookmark="));
+        const FileURL settings = m_home->at(".config/Vantrel/settings.json");
+        QVERIFY(exists(settings) && contentOf(settings).contains("\"LastFolderBookmark\": "));
         QVERIFY(closeWindow());
         QVERIFY(start());
         SEES("photo 0");

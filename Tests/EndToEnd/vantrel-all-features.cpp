@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QQuickView>
-#include <QSettings>
 
 /// The application with the features that are not offered yet.
 int main(int argc, char** argv) {
@@ -13,8 +12,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Vantrel"));
     QApplication::setDesktopFileName(QStringLiteral("org.vantrel.Vantrel"));
     const QApplication application(argc, argv);
-    QSettings settings;
-    Platform::UserDefaults userDefaults(settings);
+    Platform::UserDefaults userDefaults(Platform::UserDefaults::standardFile());
     Platform::SystemTaskScheduler scheduler;
     CullingViewModel viewModel({scheduler, userDefaults, Platform::runFolderChooser},
         {.isLockZoomFeatureEnabled = true, .isSyncRawFeatureEnabled = true});

@@ -1,28 +1,19 @@
 #include "Platform/UserDefaults.h"
 
 #include "Tests/Support/TemporaryFolder.h"
+#include "Tests/Support/WithPermissions.h"
+#include "Tests/Support/WithoutPrivileges.h"
 
-#include <QSettings>
 #include <QTest>
 
+#include <filesystem>
+
+using Platform::FileURL;
 using Platform::UserDefaults;
 
 namespace {
 
 const QString key = QStringLiteral("LastFolderBookmark");
-
-/// Settings in a file of their own, as a program's start finds them on the disk.
-class SettingsFile {
-public:
-    explicit SettingsFile(const TemporaryFolder& folder)
-        : m_settings(
-              QString::fromStdString(folder.at("settings.ini").path().native()), QSettings::IniFormat) {}
-
-    QSettings& operator*() { return m_settings; }
-
-private:
-    QSettings m_settings;
-};
 
 } // namespace
 
@@ -32,8 +23,7 @@ class UserDefaultsTest : public QObject {
 private slots:
     void anEntryThatWasNeverStoredIsNone() {
         const TemporaryFolder folder;
-        SettingsFile file(folder);
-        QVERIFY(!UserDefaults(*file).data(key));
+        QVERIFY(!UserDefaults(folder.at("settings.json")).data(key));
     }
 
     void bytesComeBackAsTheyWere_data() {
@@ -44,7 +34,7 @@ private slots:
         }
         QTest::newRow("every byte") << every;
         QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("looks like another entry") << QByteArray("@ByteArray(a,b;c)\n[x]\n\"y\"=1, 2");
+        QTest::newRow("looks like another entry") << QByteArray("\", \"x\": \"y");
         QTest::newRow("zeros") << QByteArray(3, '\0');
         QTest::newRow("not UTF-8") << QByteArray("\xe4\xff\xfe/photos");
     }
@@ -52,38 +42,65 @@ private slots:
     void bytesComeBackAsTheyWere() {
         QFETCH(QByteArray, bytes);
         const TemporaryFolder folder;
-        SettingsFile file(folder);
-        UserDefaults defaults(*file);
+        const FileURL file = folder.at("not/there/settings.json");
+        UserDefaults defaults(file);
         defaults.setData(key, bytes);
         QCOMPARE(defaults.data(key), std::optional(bytes));
-        // What is on the disk by now is all that another start has.
-        const TemporaryFolder restarted;
-        restarted.write("settings.ini", contentOf(folder.at("settings.ini")));
-        SettingsFile copy(restarted);
-        QCOMPARE(UserDefaults(*copy).data(key), std::optional(bytes));
+        QCOMPARE(UserDefaults(file).data(key), std::optional(bytes)); // of another start
     }
 
-    void storingReplacesWhatWasThere() {
+    void storingReplacesWhatWasThereAndNothingElse() {
         const TemporaryFolder folder;
-        SettingsFile file(folder);
-        UserDefaults defaults(*file);
+        UserDefaults defaults(folder.at("settings.json"));
         defaults.setData(key, "first");
+        defaults.setData(QStringLiteral("another"), "stays");
         defaults.setData(key, "second");
         QCOMPARE(defaults.data(key), std::optional(QByteArray("second")));
+        QCOMPARE(defaults.data(QStringLiteral("another")), std::optional(QByteArray("stays")));
+        QCOMPARE(namesIn(folder.url()), std::vector<std::string>{"settings.json"});
     }
 
-    void aValueThatIsNotBytesCountsAsNone() {
+    void aFileThatIsALinkIsWrittenWhereItLeads() {
         const TemporaryFolder folder;
-        folder.write("settings.ini", "[General]\nLastFolderBookmark=some text\n");
-        SettingsFile file(folder);
-        QVERIFY(!UserDefaults(*file).data(key));
+        folder.makeFolder("kept elsewhere");
+        std::filesystem::create_symlink("kept elsewhere/settings.json", folder.at("settings.json").path());
+        UserDefaults(folder.at("settings.json")).setData(key, "bytes");
+        QVERIFY(std::filesystem::is_symlink(folder.at("settings.json").path()));
+        QCOMPARE(UserDefaults(folder.at("kept elsewhere/settings.json")).data(key),
+            std::optional(QByteArray("bytes")));
     }
 
-    void aDamagedFileCountsAsNone() {
+    void whereNothingCanBeWrittenAllStays() {
         const TemporaryFolder folder;
-        folder.write("settings.ini", QByteArray("\0\xff[[\nLastFolderBookmark", 24));
-        SettingsFile file(folder);
-        QVERIFY(!UserDefaults(*file).data(key));
+        UserDefaults defaults(folder.at("settings.json"));
+        defaults.setData(key, "first");
+        {
+            const WithoutPrivileges asAnyone;
+            const WithPermissions readOnly(folder.url(), std::filesystem::perms(0500));
+            defaults.setData(key, "second");
+        }
+        QCOMPARE(defaults.data(key), std::optional(QByteArray("first")));
+        QCOMPARE(namesIn(folder.url()), std::vector<std::string>{"settings.json"});
+    }
+
+    void aFileThatIsNotOneOfOursCountsAsNone_data() {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("cut short") << QByteArray("{\"LastFolderBookmark\": \"Ynl0");
+        QTest::newRow("a number") << QByteArray("{\"LastFolderBookmark\": 1}");
+        QTest::newRow("no base64") << QByteArray("{\"LastFolderBookmark\": \"some text\"}");
+        QTest::newRow("no object") << QByteArray("[]");
+        QTest::newRow("bytes") << QByteArray("\0\xff[[\nLastFolderBookmark", 24);
+        QTest::newRow("too large") << "{\"LastFolderBookmark\": \"Ynl0ZXM=\"}" + QByteArray(2 << 20, ' ');
+    }
+
+    void aFileThatIsNotOneOfOursCountsAsNone() {
+        QFETCH(QByteArray, content);
+        const TemporaryFolder folder;
+        UserDefaults defaults(folder.write("settings.json", content));
+        QVERIFY(!defaults.data(key));
+        defaults.setData(key, "bytes");
+        QCOMPARE(defaults.data(key), std::optional(QByteArray("bytes")));
     }
 };
 

@@ -10,9 +10,6 @@
 using Platform::FileURL;
 using Platform::Image;
 
-CullingFixture::CullingFixture()
-    : settings(QString::fromStdString(home.at("settings.ini").path().native()), QSettings::IniFormat) {}
-
 OpenViewModel& CullingFixture::start(CullingViewModel::FeatureFlags features) {
     viewModel.reset();
     const auto chooser = [this](const QString& message, const FileURL&) {

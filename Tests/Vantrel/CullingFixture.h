@@ -5,7 +5,6 @@
 #include "Vantrel/CullingViewModel.h"
 
 #include <QColor>
-#include <QSettings>
 #include <QSize>
 
 #include <memory>
@@ -38,8 +37,6 @@ public:
 
 /// What a view model needs, with the clock and all background work in the test's hand.
 struct CullingFixture {
-    CullingFixture();
-
     /// A new view model, as at the start of the application; one made before is gone.
     OpenViewModel& start(CullingViewModel::FeatureFlags features = {});
 
@@ -48,8 +45,7 @@ struct CullingFixture {
 
     TemporaryFolder home; ///< holds the settings
     TemporaryFolder photos;
-    QSettings settings;
-    Platform::UserDefaults userDefaults{settings};
+    Platform::UserDefaults userDefaults{home.at("settings.json")};
     ManualTaskScheduler scheduler;
     std::optional<Platform::FileURL>
         choice;             ///< what the user chooses in the folder chooser; nothing: cancels

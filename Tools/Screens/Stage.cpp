@@ -52,7 +52,7 @@ int longSide(const Platform::Image& image) {
 
 Stage::Stage(QSize size, CullingViewModel::FeatureFlags features,
     const std::vector<std::filesystem::path>& photographs)
-    : m_settings(m_world.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat),
+    : m_userDefaults(FileURL(std::filesystem::path(m_world.filePath("settings.json").toStdString()))),
       m_photographs(photographs),
       m_viewModel({m_scheduler, m_userDefaults, [this](const QString&, const FileURL&) { return m_folder; }},
           features) {

@@ -7,7 +7,6 @@
 #include <QImage>
 #include <QQuickItem>
 #include <QQuickView>
-#include <QSettings>
 #include <QTemporaryDir>
 
 #include <filesystem>
@@ -60,8 +59,7 @@ private:
     QString resolutionInfo() const;
 
     QTemporaryDir m_world;
-    QSettings m_settings;
-    Platform::UserDefaults m_userDefaults{m_settings};
+    Platform::UserDefaults m_userDefaults;
     Platform::SystemTaskScheduler m_scheduler;
     std::vector<std::filesystem::path> m_photographs;
     Platform::FileURL m_folder; // what the user chooses
