@@ -26,6 +26,13 @@ Result<FileDescriptor> openFolder(const FileURL& folder) {
     return descriptor;
 }
 
+/// Whether its folder is there, and it is not: where the disk itself has gone, nothing on it is gone for that.
+bool isGone(const FileURL& item) {
+    const auto exists = FileManager::itemExists(item);
+    const auto isFolderThere = FileManager::itemExists(item.deletingLastPathComponent());
+    return exists && !*exists && isFolderThere && *isFolderThere;
+}
+
 } // namespace
 
 Result<std::vector<FileURL>> contentsOfDirectory(const FileURL& folder) {
@@ -56,19 +63,22 @@ Result<void> removeItem(const FileURL& item) {
         return {};
     }
     const int code = errno;
-    struct stat status = {};
-    const bool isGone = lstat(item.path().c_str(), &status) != 0 && errno == ENOENT;
-    if (isGone && code != ENOENT) { // a disk may report as failed what it has done
+    if (code != ENOENT && isGone(item)) { // a disk may report as failed what it has done
         return {};
     }
     return Error::ofSystemCall(QStringLiteral("“%1” could not be removed"), item.lastPathComponent(), code);
 }
 
-bool isSameItem(const FileURL& first, const FileURL& second) {
-    struct stat firstStatus = {};
-    struct stat secondStatus = {};
-    return lstat(first.path().c_str(), &firstStatus) == 0 &&
-           lstat(second.path().c_str(), &secondStatus) == 0 && isSameFile(firstStatus, secondStatus);
+Result<bool> itemExists(const FileURL& item) {
+    struct stat status = {};
+    if (lstat(item.path().c_str(), &status) == 0) {
+        return true;
+    }
+    if (errno == ENOENT) {
+        return false;
+    }
+    return Error::ofSystemCall(
+        QStringLiteral("“%1” could not be looked at"), item.lastPathComponent(), errno);
 }
 
 Result<void> moveItem(const FileURL& source, const FileURL& target) {

@@ -19,8 +19,8 @@ Result<void> createDirectory(const FileURL& folder);
 /// Removes a file, a link (never what it points to) or an empty folder, for good.
 Result<void> removeItem(const FileURL& item);
 
-/// Whether both are there, and are one and the same entry under two names; links are not followed.
-bool isSameItem(const FileURL& first, const FileURL& second);
+/// Whether something answers to that name; a link counts, wherever it leads. An error where that cannot be told.
+Result<bool> itemExists(const FileURL& item);
 
 /// Moves an entry (a link moves as a link) to a place whose folder exists, replacing a file, a link or an
 /// empty folder that is there. At every moment, also after a kill or a power cut, the entry stands whole at

@@ -38,9 +38,23 @@ int renameEntry(const DirectoryEntry& from, const DirectoryEntry& to) {
     return isDone ? 0 : code;
 }
 
+/// Whether an entry is known to be there.
+enum class Presence { There, Gone, Unknown };
+
+Presence presenceOf(const DirectoryEntry& entry) {
+    if (statusOf(entry)) {
+        return Presence::There;
+    }
+    const bool isMissing = errno == ENOENT;
+    const bool isFolderThere =
+        statusOf({entry.folder, "."}).has_value(); // else what it says of its entries tells nothing
+    return isMissing && isFolderThere ? Presence::Gone : Presence::Unknown;
+}
+
+/// Removes what stands whole in the other place, too. A disk may report as failed what it has done.
 Result<void> removeSource(const DirectoryEntry& source) {
     const int code = removeEntry(source);
-    return code == 0 ? Result<void>() : notMoved(source, code);
+    return code == 0 || presenceOf(source) == Presence::Gone ? Result<void>() : notMoved(source, code);
 }
 
 /// Gives 0 for an empty folder, else errno.
@@ -161,19 +175,6 @@ int checkRemovable(const DirectoryEntry& source) {
     return faccessat(source.folder, ".", W_OK | X_OK, AT_EACCESS) == 0 ? 0 : errno;
 }
 
-/// Whether the source of a move that has failed is known to be there.
-enum class Presence { There, Gone, Unknown };
-
-Presence presenceOf(const DirectoryEntry& entry) {
-    if (statusOf(entry)) {
-        return Presence::There;
-    }
-    const bool isMissing = errno == ENOENT;
-    const bool isFolderThere =
-        statusOf({entry.folder, "."}).has_value(); // else what it says of its entries tells nothing
-    return isMissing && isFolderThere ? Presence::Gone : Presence::Unknown;
-}
-
 /// Removes the source of a copy that stands safely in its place; a source that has changed meanwhile stays.
 Result<void> removeCopied(const DirectoryEntry& source, const struct stat& status) {
     const auto now = statusOf(source);
@@ -197,6 +198,17 @@ Result<void> moveToOtherDevice(
         return copied;
     }
     const RemovedUnlessPut guard(copy);
+    if (source.name == target.name) {
+        switch (presenceOf({source.folder, copy.name})) {
+        case Presence::
+            There: // one folder, which two mounts lead to: what would be replaced, and removed, is the source
+            return {};
+        case Presence::Unknown:
+            return notMoved(source, errno);
+        case Presence::Gone:
+            break;
+        }
+    }
     Replacement replacement(target);
     if (auto put = replacement.put(copy); !put) {
         return put;

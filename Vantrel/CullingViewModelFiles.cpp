@@ -6,11 +6,13 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
 using Platform::FileURL;
 using Platform::Image;
+using Platform::Result;
 namespace FileManager = Platform::FileManager;
 
 struct CullingViewModel::MoveKind {
@@ -61,24 +63,22 @@ QString alertMessage(const std::vector<FileURL>& orphans) {
            QStringLiteral("\n\n") + deleteQuestion;
 }
 
-/// The photos of one move that have come to their folder.
+/// Moves the photos of one move into their folder. Where a disk takes the name of a photo for that of another file, as one that
+/// ignores case does, that file, which may just have come there, stays; and so does the photo.
 class Arrivals {
 public:
-    /// Moves the photo there, where it replaces what is there; but never one of the same move: a disk that ignores case takes
-    /// two names for one.
-    Platform::Result<void> add(const PhotoItem& photo, const FileURL& target) {
-        const QString name = foldedName(target);
-        const auto [first, last] = m_targets.equal_range(name);
-        if (std::any_of(first, last,
-                [&](const auto& arrived) { return FileManager::isSameItem(arrived.second, target); })) {
-            return Platform::Error(
-                QStringLiteral("In “%1” it has the same name as another that has just been moved.")
-                    .arg(Platform::displayText(target.deletingLastPathComponent().lastPathComponent())));
+    explicit Arrivals(const FileURL& folder) : m_folder(folder) {}
+
+    /// Moves the photo there, where it replaces the file of its name.
+    Result<void> add(const PhotoItem& photo) {
+        const FileURL target = m_folder.appendingPathComponent(photo.filename());
+        if (auto isFree = checkName(target); !isFree) {
+            return isFree;
         }
         auto moved = FileManager::moveItem(photo.url(), target);
         if (moved) {
-            m_targets.emplace(name, target);
             m_names.insert(photo.filename());
+            m_spellings.emplace(foldedName(photo.filename()), photo.filename());
         }
         return moved;
     }
@@ -86,15 +86,46 @@ public:
     bool contains(const PhotoItem& photo) const { return m_names.contains(photo.filename()); }
 
 private:
-    /// Equal for names that any disk may take for one.
-    static QString foldedName(const FileURL& item) {
-        return Platform::displayText(item.lastPathComponent())
-            .normalized(QString::NormalizationForm_KC)
-            .toCaseFolded();
+    /// Fails where what answers to the name is listed under another.
+    Result<void> checkName(const FileURL& target) {
+        const auto isTaken = FileManager::itemExists(target);
+        if (!isTaken) {
+            return isTaken.error();
+        }
+        if (!*isTaken) {
+            return {};
+        }
+        const std::string name = target.lastPathComponent();
+        const auto [first, last] = m_spellings.equal_range(foldedName(name));
+        if (!m_listed || first != last) { // what has come since must be listed, too
+            const auto entries = FileManager::contentsOfDirectory(m_folder);
+            if (!entries) {
+                return entries.error();
+            }
+            m_listed.emplace();
+            for (const FileURL& entry : *entries) {
+                m_listed->insert(entry.lastPathComponent());
+            }
+        }
+        const bool areAllListed =
+            std::all_of(first, last, [&](const auto& arrived) { return m_listed->contains(arrived.second); });
+        return areAllListed && m_listed->contains(name) ? Result<void>() : nameError();
     }
 
-    std::unordered_set<std::string> m_names;
-    std::unordered_multimap<QString, FileURL> m_targets; // by folded name
+    Platform::Error nameError() const {
+        return Platform::Error(QStringLiteral("In “%1” its name stands for another file.")
+                                   .arg(Platform::displayText(m_folder.lastPathComponent())));
+    }
+
+    /// Equal for names that any disk may take for one.
+    static QString foldedName(const std::string& name) {
+        return Platform::displayText(name).normalized(QString::NormalizationForm_KC).toCaseFolded();
+    }
+
+    const FileURL m_folder;
+    std::unordered_set<std::string> m_names;                   // of those that have come
+    std::unordered_multimap<QString, std::string> m_spellings; // the same, by folded name
+    std::optional<std::unordered_set<std::string>> m_listed;   // in the folder when it was last listed
 };
 
 } // namespace
@@ -119,14 +150,13 @@ void CullingViewModel::movePhotos(const MoveKind& kind) {
         setErrorMessage(kind.folderFailure + made.error().localizedDescription());
         return;
     }
-    Arrivals arrivals;
+    Arrivals arrivals(targetFolder);
     QStringList errorLines;
     for (const PhotoItem& photo : m_photoItems) {
         if (photo.state() != kind.state) {
             continue;
         }
-        const FileURL target = targetFolder.appendingPathComponent(photo.filename());
-        if (const auto moved = arrivals.add(photo, target); !moved) {
+        if (const auto moved = arrivals.add(photo); !moved) {
             errorLines.append(errorLine(photo.url(), moved.error()));
         }
     }

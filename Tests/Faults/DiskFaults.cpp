@@ -51,6 +51,8 @@ std::string DiskFaults::obey(const std::string& line) {
         release();
     } else if (command == "ignore") {
         m_ignoresCase = true;
+    } else if (command == "make") {
+        m_makesUpNumbers = true;
     } else if (command == "slow") {
         faultsOf(callNamed(call)).delay = std::chrono::milliseconds(std::stoi(name));
     } else if (command == "stall" && name.empty()) {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <set>
@@ -29,7 +30,8 @@ public:
     /// - "slow CALL MILLISECONDS": each such call takes so long;
     /// - "stall CALL NAME": such calls about that name wait until they are released; without a name, all;
     /// - "release": none waits any more;
-    /// - "ignore case": keeps all names in small letters, and so takes several for one;
+    /// - "ignore case": keeps all names in capitals, and so takes several for one;
+    /// - "make up numbers": each look at a file finds another number;
     /// - "fail CALL ERRNO": such calls fail with that error, with 0 none;
     /// - "count CALL NAME": how many there were about that name;
     /// - "stalled": how many wait at this moment.
@@ -37,6 +39,9 @@ public:
     std::string obey(const std::string& line);
 
     bool ignoresCase() const { return m_ignoresCase; }
+
+    /// The number of a file that is being looked at, which the disk knows by this one.
+    std::uint64_t number(std::uint64_t own) { return m_makesUpNumbers ? ++m_madeUpNumbers : own; }
 
 private:
     struct Faults {
@@ -51,6 +56,8 @@ private:
     void release();
 
     std::atomic<bool> m_ignoresCase = false;
+    std::atomic<bool> m_makesUpNumbers = false;
+    std::atomic<std::uint64_t> m_madeUpNumbers = 1'000'000;
     std::mutex m_mutex; // guards all below
     std::condition_variable m_hasChanged;
     std::array<Faults, diskCallNames.size()> m_faults;

@@ -75,6 +75,10 @@ void FaultyDisk::ignoreCase() {
     request("ignore case");
 }
 
+void FaultyDisk::makeUpNumbers() {
+    request("make up numbers");
+}
+
 int FaultyDisk::count(DiskCall call, const std::string& name) {
     return std::stoi(request("count " + nameOf(call) + ' ' + name));
 }

@@ -43,6 +43,9 @@ public:
     /// From now on names in capital and in small letters are the same to it, as on a memory card.
     void ignoreCase();
 
+    /// From now on each look at a file finds another number (st_ino), as on a disk that has none and makes them up.
+    void makeUpNumbers();
+
     /// How many such calls there were about the file of that name.
     int count(DiskCall call, const std::string& name);
 

@@ -151,9 +151,19 @@ private slots:
         QCOMPARE(names(*scene.viewModel), (Names{"c.jpg", "d.jpg"}));
     }
 
+    void aPhotoThatTheDiskTakesForAnotherOfTheSameMoveStays_data() {
+        QTest::addColumn<bool>("makesUpNumbers");
+        QTest::newRow("which has the number of the other") << false;
+        QTest::newRow("and each look at it gives another number") << true;
+    }
+
     void aPhotoThatTheDiskTakesForAnotherOfTheSameMoveStays() {
+        QFETCH(bool, makesUpNumbers);
         FaultyDisk disk;
         disk.ignoreCase();
+        if (makesUpNumbers) {
+            disk.makeUpNumbers();
+        }
         CullingFixture scene;
         const Names both{"IMG_1.JPG", "img_1.jpg"};
         writePhotos(scene.photos, {both[0], both[1], "other.jpg"});
@@ -170,12 +180,35 @@ private slots:
         const std::string left = names(*scene.viewModel).front();
         QVERIFY(std::ranges::count(both, left) == 1);
         QCOMPARE(scene.viewModel->errorText(),
-            QStringLiteral("Failed to move some approved photos:\n%1: In “approved” it has the same name as "
-                           "another that has just been moved.")
+            QStringLiteral(
+                "Failed to move some approved photos:\n%1: In “approved” its name stands for another file.")
                 .arg(QString::fromStdString(left)));
         QCOMPARE(contentOf(scene.photos.at(left)), before.at(left));
-        QCOMPARE(contentOf(disk.files().at("img_1.jpg")), before.at(left == both[0] ? both[1] : both[0]));
-        QVERIFY(exists(disk.files().at("other.jpg")));
+        QCOMPARE(contentOf(disk.files().at("IMG_1.JPG")), before.at(left == both[0] ? both[1] : both[0]));
+        QVERIFY(exists(disk.files().at("OTHER.JPG")));
+    }
+
+    void aPhotoWhoseNameTheDiskTakesForAnotherOneStays() {
+        FaultyDisk disk;
+        disk.ignoreCase();
+        disk.files().write("IMG_1.JPG", "another photo");
+        disk.files().write("IMG_2.JPG", "to be replaced");
+        CullingFixture scene;
+        writePhotos(scene.photos, {"img_1.jpg", "IMG_2.JPG"});
+        const QByteArray replacing = contentOf(scene.photos.at("IMG_2.JPG"));
+        std::filesystem::create_directory_symlink(disk.url().path(), scene.photos.at("approved").path());
+        scene.start().loadFolder(scene.photos.url());
+        scene.viewModel->toggleApproved();
+        scene.viewModel->nextPhoto();
+        scene.viewModel->toggleApproved();
+        scene.viewModel->moveApproved();
+        QCOMPARE(names(*scene.viewModel), Names{"img_1.jpg"});
+        QCOMPARE(scene.viewModel->errorText(),
+            QStringLiteral("Failed to move some approved photos:\nimg_1.jpg: In “approved” its name stands "
+                           "for another file."));
+        QVERIFY(exists(scene.photos.at("img_1.jpg")));
+        QCOMPARE(contentOf(disk.files().at("IMG_1.JPG")), QByteArray("another photo"));
+        QCOMPARE(contentOf(disk.files().at("IMG_2.JPG")), replacing);
     }
 
     void aDiskThatIsGoneKeepsItsPhotosAndIsSaidToBeGone() {

@@ -43,7 +43,7 @@ Disk& disk() {
 std::string inFolder(const char* path) {
     std::string name = path[1] == '\0' ? "." : path + 1;
     if (disk().faults.ignoresCase()) {
-        std::ranges::transform(name, name.begin(), [](unsigned char letter) { return std::tolower(letter); });
+        std::ranges::transform(name, name.begin(), [](unsigned char letter) { return std::toupper(letter); });
     }
     return name;
 }
@@ -96,8 +96,11 @@ int getAttributes(const char* path, struct stat* status, fuse_file_info* info) {
         const OpenFile& file = openFile(info);
         return serve(DiskCall::Look, file.name, [&] { return outcome(fstat(file.descriptor, status)); });
     }
-    return look(path,
-        [&](int folder, const char* name) { return fstatat(folder, name, status, AT_SYMLINK_NOFOLLOW); });
+    return look(path, [&](int folder, const char* name) {
+        const int result = fstatat(folder, name, status, AT_SYMLINK_NOFOLLOW);
+        status->st_ino = disk().faults.number(status->st_ino);
+        return result;
+    });
 }
 
 int access(const char* path, int mode) {

@@ -29,6 +29,7 @@ struct Disturbance {
     bool shortTransfers = false; ///< read and write do a few bytes at a time
     bool damagesWrites = false;  ///< what is written is not what was given
     bool singleLinks = false;    ///< every file counts as having one name only
+    bool twoMounts = false;      ///< each look at an open folder finds it on another device
     std::string call{};          ///< which calls count; all where empty
     int atCall = 0;              ///< at the call of this number, from 1
     std::function<int()> act{};  ///< this happens instead of it where errno is given, or before it where 0
@@ -36,6 +37,7 @@ struct Disturbance {
     bool isForever = false;      ///< it happens at all calls from that one on
 
     int calls = 0;
+    dev_t mount = 0;         ///< the last that a folder was found on
     std::string disturbed{}; ///< the call at which it happened
 };
 
@@ -153,7 +155,14 @@ int __wrap_fstatat(int folder, const char* name, struct stat* status, int flags)
     return result;
 }
 int __wrap_fstat(int file, struct stat* status) {
-    return isDisturbed("fstat") ? -1 : __real_fstat(file, status);
+    if (isDisturbed("fstat")) {
+        return -1;
+    }
+    const int result = __real_fstat(file, status);
+    if (current && current->twoMounts && S_ISDIR(status->st_mode)) {
+        status->st_dev = ++current->mount;
+    }
+    return result;
 }
 int __wrap_faccessat(int folder, const char* name, int mode, int flags) {
     return isDisturbed("faccessat") ? -1 : __real_faccessat(folder, name, mode, flags);
@@ -512,6 +521,38 @@ private slots:
         QCOMPARE(moved.error().localizedDescription(),
             QStringLiteral("“a.jpg” could not be moved: the disk is read-only."));
         QCOMPARE(disturbance.calls, 0);
+    }
+
+    void aFolderThatIsReachedByTwoMountsKeepsItsPhoto() {
+        const TemporaryFolder folder;
+        const FileURL photo = folder.write("a.jpg", "photo");
+        fs::create_directory_symlink(".", folder.at("approved").path());
+        Disturbance disturbance{.otherDevice = true, .twoMounts = true};
+        current = &disturbance;
+        const auto moved = FileManager::moveItem(photo, folder.at("approved/a.jpg"));
+        current = nullptr;
+        QVERIFY2(moved, moved ? "" : qPrintable(moved.error().localizedDescription()));
+        QCOMPARE(contentOf(photo), QByteArray("photo"));
+        QCOMPARE(namesIn(folder.url()), (std::vector<std::string>{"a.jpg", "approved"}));
+    }
+
+    void aPhotoThatStandsInBothPlacesStaysInOneWhateverFails() {
+        for (const bool isDone : {false, true}) {
+            int number = 0;
+            for (bool wasReached = true; wasReached && number < mostCalls;) {
+                const Scene scene("file of photo", "");
+                fs::create_hard_link(scene.source.path(), scene.target.path());
+                Disturbance disturbance{.isDone = isDone};
+                disturbance.atCall = ++number;
+                disturbance.act = [] { return EIO; };
+                const bool isMoved = bool(scene.move(disturbance));
+                wasReached = disturbance.calls >= number;
+                QCOMPARE(descriptionOf(scene.target), std::string("file of photo"));
+                QCOMPARE(descriptionOf(scene.source).empty(), isMoved);
+            }
+            QVERIFY(number > 4);
+            QVERIFY(number < mostCalls);
+        }
     }
 
     void oneNameInTwoSpellingsIsNotTakenForTwoLinks() {
