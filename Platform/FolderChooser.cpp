@@ -12,13 +12,20 @@
 #include <QStandardPaths>
 #include <QWindow>
 
+#include <mntent.h>
+#include <stdio.h>
+
+#include <array>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 #include <system_error>
 
 namespace Platform {
 
 namespace {
+
+constexpr std::chrono::milliseconds patience{500}; // with a disk
 
 /// The user's picture folder where there is one, the home folder otherwise.
 QString usualFolder() {
@@ -28,11 +35,27 @@ QString usualFolder() {
 
 /// Whether it is a folder; nothing where its disk does not answer soon.
 std::optional<bool> isFolder(const FileURL& url) {
-    constexpr std::chrono::milliseconds patience{500};
     return answerWithin(patience, [path = url.path()] {
         std::error_code code;
         return std::filesystem::is_directory(path, code);
     });
+}
+
+/// Whether each disk that is mounted does so soon. Those that are mounted only when somebody looks (autofs) are left alone.
+bool doAllDisksAnswer() {
+    const auto answer = answerWithin(patience, [] {
+        const std::unique_ptr<FILE, int (*)(FILE*)> mounts(setmntent("/proc/self/mounts", "r"), endmntent);
+        std::array<char, 4096> line;
+        mntent mount{};
+        while (mounts && getmntent_r(mounts.get(), &mount, line.data(), static_cast<int>(line.size()))) {
+            if (std::string_view(mount.mnt_type) != "autofs") {
+                std::error_code code;
+                std::filesystem::directory_iterator(mount.mnt_dir, code);
+            }
+        }
+        return true;
+    });
+    return answer.has_value();
 }
 
 /// As dark as the rest of the application; choosers of the desktop keep their own colours.
@@ -67,8 +90,8 @@ std::optional<FileURL> runFolderChooser(const QString& message, const FileURL& s
     chooser->windowHandle()->setTransientParent(QGuiApplication::focusWindow());
     const bool isAccepted = chooser->exec() == QDialog::Accepted;
     const QStringList chosen = isAccepted ? chooser->selectedFiles() : QStringList();
-    if (!isFolder(start)) {
-        (void)chooser.release(); // it looks at all disks, on a thread that its end would wait for
+    if (!doAllDisksAnswer()) {
+        (void)chooser.release(); // it may be looking there, on a thread that its end would wait for
     }
     QPixmapCache::clear(); // the style keeps drawings by the palette, which the next chooser has anew
     if (chosen.isEmpty()) {
