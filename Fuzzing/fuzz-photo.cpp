@@ -3,6 +3,8 @@
 #include "Fuzzing/MemoryFile.h"
 #include "Platform/ImageDecoder/ImageDecoder.h"
 #include "Platform/ImageDecoder/JpegDecompressor.h"
+#include "Platform/ImageDecoder/OtherFormat.h"
+#include "Platform/ImageDecoder/PhotoRendering.h"
 
 #include <QBuffer>
 #include <QImageReader>
@@ -22,15 +24,15 @@ QSize statedSize(const MemoryFile& file, QByteArray content) {
         return jpeg.readHeader() ? jpeg.size() : QSize();
     }
     QBuffer buffer(&content);
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
-    return reader.size();
+    const QByteArray format =
+        otherFormat(content.first(std::min<qsizetype>(content.size(), otherFormatBytes)));
+    return format.isEmpty() ? QSize() : QImageReader(&buffer, format).size();
 }
 
-/// More pixels take too long to learn anything new from.
+/// More pixels take too long to learn anything new from, but where they are so many that they are refused.
 bool isWorthwhile(QSize size) {
     constexpr qint64 mostPixels = 1 << 20;
-    return static_cast<qint64>(size.width()) * size.height() <= mostPixels;
+    return static_cast<qint64>(size.width()) * size.height() <= mostPixels || isTooLarge(size);
 }
 
 } // namespace

@@ -197,6 +197,8 @@ Result<QImage> decodeOther(
             result->emplace(readByPlugin(*file, own));
         } catch (const std::bad_alloc&) {
             result->emplace(tooLittleMemoryError(file->name()));
+        } catch (...) { // of foreign code
+            result->emplace(PluginPicture());
         }
     };
     if (!runAbandonably(read, task, maximumProcessorTime)) {

@@ -63,6 +63,7 @@ void ThreadTeam::makeHelpers() {
     if (own >= 0 && CPU_COUNT(&others) > 1) {
         CPU_CLR(own, &others);
     }
+    m_helpers.reserve(static_cast<std::size_t>(m_size)); // no helper may be made and then not be waited for
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setaffinity_np(&attributes, sizeof others, &others);

@@ -12,8 +12,9 @@ namespace {
 
 constexpr int mcusPerRun = 64;
 
-// A row of MCUs that needs more is left to others.
-constexpr std::size_t maximumWindow = std::size_t{64} << 20;
+// A row of MCUs that needs more is left to others. Those of photos need some hundreds of kilobytes at the most; and each byte may
+// take sixteen times its size, for the places where blocks begin.
+constexpr std::size_t maximumWindow = std::size_t{2} << 20;
 
 // Codes and values of the largest MCU that there can be.
 constexpr quint64 mostBitsPerMcu =
@@ -149,9 +150,7 @@ bool EntropyDecoder::joinSegments() {
     if (m_mcusFound == m_mcus) {
         return endsWithData();
     }
-    if (m_mcusFound - m_mcusTaken < m_mcusPerRow) {
-        m_toStage *= 2;
-    }
+    m_toStage = m_mcusFound - m_mcusTaken < m_mcusPerRow ? m_toStage * 2 : m_cut.windowBytes;
     return outcome == Outcome::NeedsData && !m_data.isComplete();
 }
 

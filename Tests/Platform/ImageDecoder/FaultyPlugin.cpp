@@ -1,49 +1,56 @@
-#include "Tests/Platform/ImageDecoder/HangingPlugin.h"
+#include "Tests/Platform/ImageDecoder/FaultyPlugin.h"
 
 #include <QImage>
 #include <QtPlugin>
 
 #include <atomic>
+#include <stdexcept>
 
 namespace {
 
 std::atomic<int> hanging = 0;
 std::atomic<bool> isReleased = false;
 
-class HangingHandler final : public QImageIOHandler {
+class FaultyHandler final : public QImageIOHandler {
 public:
     bool canRead() const override {
-        return device()->peek(HangingPlugin::signature().size()) == HangingPlugin::signature();
+        return begins(FaultyPlugin::hangingSignature()) || begins(FaultyPlugin::throwingSignature());
     }
 
     bool read(QImage*) override {
+        if (begins(FaultyPlugin::throwingSignature())) {
+            throw std::logic_error("the plugin is wrong");
+        }
         ++hanging;
         while (!isReleased) {
         }
         --hanging;
         return false;
     }
+
+private:
+    bool begins(const QByteArray& signature) const { return device()->peek(signature.size()) == signature; }
 };
 
 } // namespace
 
-int HangingPlugin::hangingThreads() {
+int FaultyPlugin::hangingThreads() {
     return hanging;
 }
 
-void HangingPlugin::release() {
+void FaultyPlugin::release() {
     isReleased = true;
 }
 
-QImageIOPlugin::Capabilities HangingPlugin::capabilities(QIODevice*, const QByteArray& format) const {
+QImageIOPlugin::Capabilities FaultyPlugin::capabilities(QIODevice*, const QByteArray& format) const {
     return format == "heif" ? CanRead : Capabilities();
 }
 
-QImageIOHandler* HangingPlugin::create(QIODevice* device, const QByteArray&) const {
-    auto* const handler = new HangingHandler;
+QImageIOHandler* FaultyPlugin::create(QIODevice* device, const QByteArray&) const {
+    auto* const handler = new FaultyHandler;
     handler->setDevice(device);
     handler->setFormat("heif");
     return handler;
 }
 
-Q_IMPORT_PLUGIN(HangingPlugin)
+Q_IMPORT_PLUGIN(FaultyPlugin)

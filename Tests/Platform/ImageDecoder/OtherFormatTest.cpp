@@ -1,5 +1,5 @@
 #include "Platform/ImageDecoder/ImageDecoder.h"
-#include "Tests/Platform/ImageDecoder/HangingPlugin.h"
+#include "Tests/Platform/ImageDecoder/FaultyPlugin.h"
 #include "Tests/Support/IccProfile.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -40,6 +40,7 @@ private slots:
     void whatNobodyHasUnderThatNameIsNoPhoto_data();
     void whatNobodyHasUnderThatNameIsNoPhoto();
     void aPluginThatHangsIsAbandonedWithThePhoto();
+    void aPluginThatThrowsShowsNothing();
 
 private:
     QImage decode(const QByteArray& file, int maxPixelSize = 0) const;
@@ -264,10 +265,10 @@ void OtherFormatTest::whatNobodyHasUnderThatNameIsNoPhoto() {
 }
 
 void OtherFormatTest::aPluginThatHangsIsAbandonedWithThePhoto() {
-    const auto photo = m_folder.write("photo.jpg", HangingPlugin::signature());
+    const auto photo = m_folder.write("photo.jpg", FaultyPlugin::hangingSignature());
     const Platform::Task task;
     std::thread canceller([&task] {
-        while (HangingPlugin::hangingThreads() == 0) {
+        while (FaultyPlugin::hangingThreads() == 0) {
         }
         task.cancel();
     });
@@ -275,10 +276,17 @@ void OtherFormatTest::aPluginThatHangsIsAbandonedWithThePhoto() {
     QVERIFY(!image);
     QCOMPARE(
         image.error().localizedDescription(), QStringLiteral("The decoding of “photo.jpg” was cancelled."));
-    QCOMPARE(HangingPlugin::hangingThreads(), 1);
+    QCOMPARE(FaultyPlugin::hangingThreads(), 1);
     canceller.join();
-    HangingPlugin::release();
-    QTRY_COMPARE(HangingPlugin::hangingThreads(), 0);
+    FaultyPlugin::release();
+    QTRY_COMPARE(FaultyPlugin::hangingThreads(), 0);
+}
+
+void OtherFormatTest::aPluginThatThrowsShowsNothing() {
+    const auto image = decodeImage(m_folder.write("photo.jpg", FaultyPlugin::throwingSignature()), 200);
+    QVERIFY(!image);
+    QCOMPARE(image.error().localizedDescription(),
+        QStringLiteral("“photo.jpg” is not a picture that can be read."));
 }
 
 QTEST_GUILESS_MAIN(OtherFormatTest)

@@ -4,6 +4,7 @@
 #include "Tests/Support/Sanitizers.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QHash>
 #include <QTest>
@@ -17,6 +18,7 @@ class PhotoCollectionTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void theManifestNamesEveryPhoto();
     void everyPhotoIsShownInItsSizeOrNotAtAll_data();
     void everyPhotoIsShownInItsSizeOrNotAtAll(); // within bounds of time and memory
 
@@ -31,6 +33,8 @@ enum Expectation {
     NotShown,
     ShownOrNot, // of another format, or too large: as the machine's plugins and memory allow
 };
+
+const QString manifestName = QStringLiteral("MANIFEST.tsv");
 
 using Entry = QHash<QByteArray, QByteArray>;
 
@@ -90,12 +94,31 @@ qint64 maximumMemory(QSize shown, QSize kept) {
 
 } // namespace
 
+void PhotoCollectionTest::theManifestNamesEveryPhoto() {
+    QFile manifest(m_folder.filePath(manifestName));
+    if (!manifest.open(QIODevice::ReadOnly)) {
+        QSKIP("there is no collection of photos beside the checkout");
+    }
+    QStringList named{manifestName, QStringLiteral("README.md")};
+    for (const Entry& entry : readManifest(manifest)) {
+        named.append(QString::fromUtf8(entry["file"]));
+    }
+    QStringList there;
+    QDirIterator files(m_folder.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        there.append(m_folder.relativeFilePath(files.next()));
+    }
+    named.sort();
+    there.sort();
+    QCOMPARE(there, named);
+}
+
 void PhotoCollectionTest::everyPhotoIsShownInItsSizeOrNotAtAll_data() {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QSize>("size");
     QTest::addColumn<bool>("needsAllCoefficients");
     QTest::addColumn<int>("expected");
-    QFile manifest(m_folder.filePath(QStringLiteral("MANIFEST.tsv")));
+    QFile manifest(m_folder.filePath(manifestName));
     if (!manifest.open(QIODevice::ReadOnly)) {
         QSKIP("there is no collection of photos beside the checkout");
     }
