@@ -154,8 +154,7 @@ void WorkingUser::walk(int steps, std::chrono::milliseconds look) {
     m_walkedPhotos += std::abs(steps);
 }
 
-/// Presses the key thirty times a second. Photos that the next one overtakes are passed by; the others, and the last, are
-/// timed.
+/// Presses the key thirty times a second. A photo that the next one overtakes counts as shown when that is.
 void WorkingUser::hold(const QString& kind, Key key, int step, int count) {
     constexpr auto interval = 33ms;
     std::deque<Awaited> awaited;
@@ -183,7 +182,7 @@ void WorkingUser::awaitPhotos(const QString& kind, std::deque<Awaited>& awaited)
     const auto seen = std::find_if(awaited.rbegin(), awaited.rend(),
         [&](const Awaited& photo) { return SoakPhotos::shows(line, photo.photo, photo.verdict); });
     if (seen != awaited.rend()) {
-        note(kind, seen->since);
+        std::for_each(awaited.begin(), seen.base(), [&](const Awaited& photo) { note(kind, photo.since); });
         m_passedPhotos += static_cast<int>(awaited.rend() - seen) - 1;
         awaited.erase(awaited.begin(), seen.base());
     } else if (std::ssize(awaited) ==

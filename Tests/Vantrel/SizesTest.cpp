@@ -19,6 +19,7 @@ class SizesTest : public QObject {
 
 private slots:
     void keysAreAnsweredAmongAHundredThousandPhotos();
+    void keysAreAnsweredWhereNamesAreAsLongAsTheyCanBe();
     void fiftyThousandMarksAreTakenBackOneByOne();
     void tenThousandOrphansAreReadAndDeleted();
 };
@@ -46,13 +47,14 @@ std::chrono::nanoseconds usualTime(const std::function<void()>& action) {
     return times[times.size() / 2];
 }
 
-/// Many files of one content; a file system allows only so many names for one.
-void writeMany(
-    const TemporaryFolder& folder, int count, const std::string& extension, const QByteArray& content) {
+/// Many files of one content, their names of so many bytes or longer; a file system allows only so many names for one.
+void writeMany(const TemporaryFolder& folder, int count, const std::string& extension,
+    const QByteArray& content, std::size_t nameLength = 0) {
     constexpr int mostNames = 20000;
     FileURL original;
     for (int index = 0; index < count; ++index) {
-        const std::string name = "IMG_" + std::to_string(index) + extension;
+        std::string name = "IMG_" + std::to_string(index) + extension;
+        name.insert(0, std::max(nameLength, name.size()) - name.size(), 'I');
         if (index % mostNames == 0) {
             original = folder.write(name, content);
         } else {
@@ -61,20 +63,13 @@ void writeMany(
     }
 }
 
-} // namespace
-
 #define ANSWERS_WITHIN_A_FRAME(action)                                                                       \
     do {                                                                                                     \
         const auto time = usualTime(action);                                                                 \
         QVERIFY2(isSanitized || time < frame, qPrintable(QStringLiteral("%1 µs").arg(time.count() / 1000))); \
     } while (false)
 
-void SizesTest::keysAreAnsweredAmongAHundredThousandPhotos() {
-    ScreenFixture screen;
-    writeMany(screen.photos, 100'000, ".jpg", flatPhoto(photoColor(0), QSize(30, 20)));
-    screen.open(screen.photos.url());
-    QCOMPARE(screen.model().photoCount(), 100'000);
-    screen.picture();
+void keysAreAnswered(ScreenFixture& screen) {
     const auto pressing = [&screen](Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         return [&screen, key, modifiers] {
             screen.press(key, modifiers);
@@ -86,6 +81,27 @@ void SizesTest::keysAreAnsweredAmongAHundredThousandPhotos() {
     ANSWERS_WITHIN_A_FRAME(pressing(Qt::Key_Space));
     ANSWERS_WITHIN_A_FRAME(pressing(Qt::Key_Z, Qt::ControlModifier));
     ANSWERS_WITHIN_A_FRAME(pressing(Qt::Key_Left));
+}
+
+} // namespace
+
+void SizesTest::keysAreAnsweredAmongAHundredThousandPhotos() {
+    ScreenFixture screen;
+    writeMany(screen.photos, 100'000, ".jpg", flatPhoto(photoColor(0), QSize(30, 20)));
+    screen.open(screen.photos.url());
+    QCOMPARE(screen.model().photoCount(), 100'000);
+    screen.picture();
+    keysAreAnswered(screen);
+}
+
+void SizesTest::keysAreAnsweredWhereNamesAreAsLongAsTheyCanBe() {
+    constexpr std::size_t longestName = 255;
+    ScreenFixture screen;
+    writeMany(screen.photos, 1000, ".jpg", flatPhoto(photoColor(0), QSize(30, 20)), longestName);
+    screen.open(screen.photos.url());
+    QCOMPARE(screen.model().photoItems().front().filename().size(), longestName);
+    screen.picture();
+    keysAreAnswered(screen);
 }
 
 void SizesTest::fiftyThousandMarksAreTakenBackOneByOne() {
