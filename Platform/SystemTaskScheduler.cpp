@@ -19,10 +19,14 @@ constexpr auto stepEvent = QEvent::User;
 } // namespace
 
 SystemTaskScheduler::SystemTaskScheduler()
-    : m_userInitiated(maximumThreads, TaskPriority::UserInitiated),
-      m_background(maximumThreads, TaskPriority::Background) {}
+    : m_userInitiated(maximumThreads, TaskPriority::UserInitiated, toMainThread()),
+      m_background(maximumThreads, TaskPriority::Background, toMainThread()) {}
 
-void SystemTaskScheduler::MainThreadSteps::add(std::function<void()> step) {
+auto SystemTaskScheduler::toMainThread() -> std::function<void(Step)> {
+    return [this](Step step) { m_mainThread.add(std::move(step)); };
+}
+
+void SystemTaskScheduler::MainThreadSteps::add(Step step) {
     {
         const std::lock_guard lock(m_mutex);
         m_steps.push_back(std::move(step));
@@ -42,16 +46,12 @@ bool SystemTaskScheduler::MainThreadSteps::event(QEvent* event) {
     return true;
 }
 
-void SystemTaskScheduler::runDetached(const Task& task, TaskPriority priority, std::function<void()> work) {
+void SystemTaskScheduler::runDetached(const Task& task, TaskPriority priority, std::function<Step()> work) {
     WorkerPool& pool = priority == TaskPriority::Background ? m_background : m_userInitiated;
     pool.run(task, std::move(work));
 }
 
-void SystemTaskScheduler::runOnMain(std::function<void()> step) {
-    m_mainThread.add(std::move(step));
-}
-
-void SystemTaskScheduler::runLater(std::chrono::nanoseconds duration, std::function<void()> step) {
+void SystemTaskScheduler::runLater(std::chrono::nanoseconds duration, Step step) {
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(duration);
     QTimer::singleShot(milliseconds, Qt::PreciseTimer, &m_mainThread, std::move(step));
 }

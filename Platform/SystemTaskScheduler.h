@@ -19,9 +19,8 @@ public:
     SystemTaskScheduler();
 
 protected:
-    void runDetached(const Task& task, TaskPriority priority, std::function<void()> work) override;
-    void runOnMain(std::function<void()> step) override;
-    void runLater(std::chrono::nanoseconds duration, std::function<void()> step) override;
+    void runDetached(const Task& task, TaskPriority priority, std::function<Step()> work) override;
+    void runLater(std::chrono::nanoseconds duration, Step step) override;
 
 private:
     /// Steps on their way to the main thread, one for each event posted. From then on they are the main thread's alone, which also
@@ -29,14 +28,16 @@ private:
     class MainThreadSteps final : public QObject {
     public:
         /// Called on any thread.
-        void add(std::function<void()> step);
+        void add(Step step);
         /// Runs the next one.
         bool event(QEvent* event) override;
 
     private:
         std::mutex m_mutex;
-        std::deque<std::function<void()>> m_steps;
+        std::deque<Step> m_steps;
     };
+
+    std::function<void(Step)> toMainThread();
 
     // Steps that are still queued are dropped with it. It outlives the pools, whose threads add to it.
     MainThreadSteps m_mainThread;

@@ -52,19 +52,19 @@ public:
     /// @return the task, new or the one given
     template <typename Work, typename Deliver>
     Task detached(TaskPriority priority, Work work, Deliver deliver, Task task = {}) {
-        runDetached(task, priority, [this, task, work = std::move(work), deliver = std::move(deliver)] {
+        runDetached(task, priority, [task, work = std::move(work), deliver = std::move(deliver)]() -> Step {
             if (task.isCancelled()) {
-                return;
+                return {};
             }
             auto result = work(task);
             if (task.isCancelled()) {
-                return; // by now the scheduler itself may be gone
+                return {};
             }
-            runOnMain([task, deliver, result = std::move(result)] {
+            return [task, deliver, result = std::move(result)] {
                 if (!task.isCancelled()) {
                     deliver(result);
                 }
-            });
+            };
         });
         return task;
     }
@@ -82,14 +82,15 @@ public:
     }
 
 protected:
-    /// Runs the work once, on some other thread. The task is given for shutting down early.
-    virtual void runDetached(const Task& task, TaskPriority priority, std::function<void()> work) = 0;
+    /// What is to be done on the main thread; may be empty.
+    using Step = std::function<void()>;
 
-    /// Runs the step once on a later turn of the main thread's event loop. Called on any thread.
-    virtual void runOnMain(std::function<void()> step) = 0;
+    /// Runs the work once, on some other thread, and the step that it gives on a later turn of the main thread's event loop, as
+    /// long as this object lives. The task is given for shutting down early.
+    virtual void runDetached(const Task& task, TaskPriority priority, std::function<Step()> work) = 0;
 
     /// Runs the step once on the main thread after the duration. Called on the main thread.
-    virtual void runLater(std::chrono::nanoseconds duration, std::function<void()> step) = 0;
+    virtual void runLater(std::chrono::nanoseconds duration, Step step) = 0;
 };
 
 } // namespace Platform

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace Platform {
 
@@ -24,7 +25,7 @@ constexpr std::chrono::seconds idleTime{2};
 
 struct Job {
     Task task;
-    std::function<void()> work;
+    std::function<WorkerPool::Step()> work;
 };
 
 /// Lets the calling thread, and those that it will make, run where nothing else wants to. To be merely nice would not do:
@@ -41,12 +42,13 @@ void becomeIdle() {
 } // namespace
 
 struct WorkerPool::State {
-    State(int threadLimit, TaskPriority threadPriority)
-        : maximumThreads(threadLimit), priority(threadPriority) {}
+    State(int threadLimit, TaskPriority threadPriority, std::function<void(Step)> delivery)
+        : maximumThreads(threadLimit), priority(threadPriority), deliver(std::move(delivery)) {}
 
     const int maximumThreads;
     const TaskPriority priority;
-    std::mutex mutex; // guards all below
+    const std::function<void(Step)> deliver; // not called any more once the pool is ending
+    std::mutex mutex;                        // guards all below
     std::condition_variable hasWork;
     std::condition_variable hasEnded;
     std::deque<Job> waiting;
@@ -69,8 +71,8 @@ bool WorkerPool::waitForWork(State& state, std::unique_lock<std::mutex>& lock) {
     return hasWork && !state.isEnding;
 }
 
-WorkerPool::WorkerPool(int maximumThreads, TaskPriority priority)
-    : m_state(std::make_shared<State>(maximumThreads, priority)) {}
+WorkerPool::WorkerPool(int maximumThreads, TaskPriority priority, std::function<void(Step)> deliver)
+    : m_state(std::make_shared<State>(maximumThreads, priority, std::move(deliver))) {}
 
 WorkerPool::~WorkerPool() {
     std::deque<Job> dropped; // released outside the lock
@@ -84,7 +86,7 @@ WorkerPool::~WorkerPool() {
     m_state->hasEnded.wait_for(lock, patienceAtTheEnd, [this] { return m_state->threads == 0; });
 }
 
-void WorkerPool::run(const Task& task, std::function<void()> work) {
+void WorkerPool::run(const Task& task, std::function<Step()> work) {
     {
         const std::lock_guard lock(m_state->mutex);
         m_state->waiting.push_back({task, std::move(work)});
@@ -116,10 +118,13 @@ void WorkerPool::serve(const std::shared_ptr<State>& state) {
         state->waiting.pop_front();
         const auto running = state->running.insert(state->running.end(), job.task);
         lock.unlock();
-        job.work();
+        Step step = job.work();
         job.work = nullptr; // what it holds is released outside the lock
         lock.lock();
         state->running.erase(running);
+        if (step && !state->isEnding) {
+            state->deliver(std::move(step));
+        }
     }
     --state->threads;
     state->hasEnded.notify_all();

@@ -12,8 +12,11 @@ namespace Platform {
 /// system gives any; those that have had nothing to do for two seconds end, but for one.
 class WorkerPool {
 public:
+    using Step = std::function<void()>;
+
     /// @param priority  of the threads: those for background work run where nothing else wants to
-    WorkerPool(int maximumThreads, TaskPriority priority);
+    /// @param deliver   is given, on these threads, what the work gives, as long as the pool lives
+    WorkerPool(int maximumThreads, TaskPriority priority, std::function<void(Step)> deliver);
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
@@ -21,8 +24,8 @@ public:
     /// end. What does not, stuck on a disk that does not answer, is left behind and must then look at its task only.
     ~WorkerPool();
 
-    /// Runs the work once. Any thread.
-    void run(const Task& task, std::function<void()> work);
+    /// Runs the work once, and delivers the step that it gives, if any. Any thread.
+    void run(const Task& task, std::function<Step()> work);
 
 private:
     struct State;

@@ -15,6 +15,7 @@
 #include <latch>
 #include <memory>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace std::chrono_literals;
@@ -47,6 +48,29 @@ struct Seen {
 Seen lookAround(const Task&) {
     return {std::this_thread::get_id(), sched_getscheduler(0)};
 }
+
+/// A result that, when it is moved for the first time, waits until it is released.
+class SlowToMove {
+public:
+    struct Latches {
+        std::latch isMoving{1};
+        std::latch release{1};
+    };
+
+    SlowToMove(std::shared_ptr<int> value, Latches& latches)
+        : m_value(std::move(value)), m_latches(&latches) {}
+    SlowToMove(SlowToMove&& other) noexcept : m_value(std::move(other.m_value)) {
+        if (Latches* const latches = std::exchange(other.m_latches, nullptr)) {
+            latches->isMoving.count_down();
+            latches->release.wait();
+        }
+    }
+    SlowToMove(const SlowToMove&) = default;
+
+private:
+    std::shared_ptr<int> m_value;
+    Latches* m_latches = nullptr; // until it is moved
+};
 
 /// Whether this process has such a thread.
 bool isThere(pid_t thread) {
@@ -239,6 +263,27 @@ private slots:
         } // comes to an end although the work does not
         release.count_down();
         ended.wait();
+        QCoreApplication::processEvents();
+        QVERIFY(!isDelivered);
+    }
+
+    void aResultThatComesAfterTheSchedulerHasEndedIsDropped() {
+        SlowToMove::Latches latches;
+        std::weak_ptr<int> result;
+        bool isDelivered = false;
+        {
+            SystemTaskScheduler scheduler;
+            const auto work = [&](const Task&) {
+                auto value = std::make_shared<int>(1);
+                result = value;
+                return SlowToMove(std::move(value), latches);
+            };
+            scheduler.detached(
+                TaskPriority::Background, work, [&](const SlowToMove&) { isDelivered = true; });
+            latches.isMoving.wait();
+        } // ends although the result is already on its way
+        latches.release.count_down();
+        QTRY_VERIFY(result.expired());
         QCoreApplication::processEvents();
         QVERIFY(!isDelivered);
     }

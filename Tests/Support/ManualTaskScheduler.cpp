@@ -19,7 +19,13 @@ void ManualTaskScheduler::runNext(TaskPriority priority) {
     }
     const Work work = std::move(*next);
     m_work.erase(next);
-    work.run();
+    run(work);
+}
+
+void ManualTaskScheduler::run(const Work& work) {
+    if (Step step = work.run()) {
+        m_deliveries.push_back(std::move(step));
+    }
 }
 
 void ManualTaskScheduler::deliver() {
@@ -35,7 +41,7 @@ void ManualTaskScheduler::runAll() {
     while (!m_work.empty()) {
         const Work work = std::move(m_work.front());
         m_work.pop_front();
-        work.run();
+        run(work);
         deliver();
     }
 }
@@ -55,14 +61,10 @@ void ManualTaskScheduler::advance(std::chrono::nanoseconds duration) {
     m_now = end;
 }
 
-void ManualTaskScheduler::runDetached(const Task& task, TaskPriority priority, std::function<void()> work) {
+void ManualTaskScheduler::runDetached(const Task& task, TaskPriority priority, std::function<Step()> work) {
     m_work.push_back({task, priority, std::move(work)});
 }
 
-void ManualTaskScheduler::runOnMain(std::function<void()> step) {
-    m_deliveries.push_back(std::move(step));
-}
-
-void ManualTaskScheduler::runLater(std::chrono::nanoseconds duration, std::function<void()> step) {
+void ManualTaskScheduler::runLater(std::chrono::nanoseconds duration, Step step) {
     m_sleeps.push_back({m_now + duration, std::move(step)});
 }

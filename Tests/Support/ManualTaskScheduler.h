@@ -26,23 +26,24 @@ public:
 
 protected:
     void runDetached(
-        const Platform::Task& task, Platform::TaskPriority priority, std::function<void()> work) override;
-    void runOnMain(std::function<void()> step) override;
-    void runLater(std::chrono::nanoseconds duration, std::function<void()> step) override;
+        const Platform::Task& task, Platform::TaskPriority priority, std::function<Step()> work) override;
+    void runLater(std::chrono::nanoseconds duration, Step step) override;
 
 private:
     struct Work {
         Platform::Task task;
         Platform::TaskPriority priority;
-        std::function<void()> run;
+        std::function<Step()> run;
     };
     struct Sleep {
         std::chrono::nanoseconds due;
-        std::function<void()> step;
+        Step step;
     };
 
+    void run(const Work& work);
+
     std::deque<Work> m_work;
-    std::deque<std::function<void()>> m_deliveries;
+    std::deque<Step> m_deliveries;
     std::vector<Sleep> m_sleeps;
     std::chrono::nanoseconds m_now{0};
 };
