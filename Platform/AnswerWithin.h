@@ -25,8 +25,10 @@ auto answerWithin(std::chrono::milliseconds patience, Ask ask) -> std::optional<
     } catch (const std::system_error&) {
         return std::nullopt;
     }
-    return coming.wait_for(patience) == std::future_status::ready ? std::optional(coming.get())
-                                                                  : std::nullopt;
+    if (coming.wait_for(patience) != std::future_status::ready) {
+        return std::nullopt;
+    }
+    return coming.get();
 }
 
 } // namespace Platform

@@ -181,9 +181,7 @@ Result<void> copyFile(const DirectoryEntry& source, const struct stat& status, c
         return failure(source, errno);
     }
     if (!copyOpenFile(sourceFile.get(), status, copyFile.get())) {
-        const int code = errno;
-        removeEntry(copy);
-        return failure(source, code);
+        return failure(source, errno);
     }
     return {};
 }

@@ -38,17 +38,18 @@ int renameEntry(const DirectoryEntry& from, const DirectoryEntry& to) {
     return isDone ? 0 : code;
 }
 
-/// Whether an entry is known to be there.
+/// Whether an entry is known to be there. Where that is unknown, errno says why.
 enum class Presence { There, Gone, Unknown };
 
 Presence presenceOf(const DirectoryEntry& entry) {
     if (statusOf(entry)) {
         return Presence::There;
     }
-    const bool isMissing = errno == ENOENT;
-    const bool isFolderThere =
-        statusOf({entry.folder, "."}).has_value(); // else what it says of its entries tells nothing
-    return isMissing && isFolderThere ? Presence::Gone : Presence::Unknown;
+    if (errno != ENOENT) {
+        return Presence::Unknown;
+    }
+    // Where the folder is not there either, that it is missing tells nothing.
+    return statusOf({entry.folder, "."}) ? Presence::Gone : Presence::Unknown;
 }
 
 /// Removes what stands whole in the other place, too. A disk may report as failed what it has done.
@@ -194,10 +195,10 @@ Result<void> moveToOtherDevice(
         return notMoved(source, code);
     }
     const DirectoryEntry copy = temporaryBeside(target);
+    const RemovedUnlessPut guard(copy);
     if (auto copied = copyEntry(source, status, copy); !copied) {
         return copied;
     }
-    const RemovedUnlessPut guard(copy);
     if (source.name == target.name) {
         switch (presenceOf({source.folder, copy.name})) {
         case Presence::

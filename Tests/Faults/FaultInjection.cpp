@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <mutex>
 #include <optional>
+#include <type_traits>
 
 namespace {
 
@@ -50,6 +51,12 @@ std::optional<Due> due(SystemCall call, bool isShortening) {
     return Due{plan->action, plan->error};
 }
 
+/// Calls the function of the C library that the one of this name here stands before.
+template <typename Function, typename... Arguments>
+auto forward(const char* name, Arguments... arguments) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name))(arguments...);
+}
+
 /// Makes the call, or what happens instead.
 template <typename Result, typename Real>
 Result make(SystemCall call, Result failure, const Real& real) {
@@ -64,9 +71,14 @@ Result make(SystemCall call, Result failure, const Real& real) {
         errno = what->error;
         return failure;
     }
-    (void)real();
+    [[maybe_unused]] const Result result = real();
     if (what->action == Action::KillAfter) {
         killThisProcess();
+    }
+    if constexpr (std::is_same_v<Result, int>) {
+        if (call == SystemCall::Open && result >= 0) {
+            forward<int(int)>("close", result); // nobody gets to know of it
+        }
     }
     errno = what->error;
     return failure;
@@ -74,12 +86,6 @@ Result make(SystemCall call, Result failure, const Real& real) {
 
 std::size_t shortened(SystemCall call, std::size_t size) {
     return due(call, true) ? std::min(size, std::size_t{1}) : size;
-}
-
-/// Calls the function of the C library that the one of this name here stands before.
-template <typename Function, typename... Arguments>
-auto forward(const char* name, Arguments... arguments) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name))(arguments...);
 }
 
 } // namespace

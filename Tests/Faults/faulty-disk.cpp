@@ -187,17 +187,6 @@ int sync(const char*, int, fuse_file_info* info) {
     return serve(DiskCall::Change, file.name, [&] { return outcome(fsync(file.descriptor)); });
 }
 
-int truncate(const char* path, off_t size, fuse_file_info*) {
-    return change(path, [&](int folder, const char* name) {
-        const int descriptor = openat(folder, name, O_WRONLY | O_CLOEXEC);
-        const int result = descriptor < 0 ? -1 : ftruncate(descriptor, size);
-        if (descriptor >= 0) {
-            close(descriptor);
-        }
-        return result;
-    });
-}
-
 int makeFolder(const char* path, mode_t mode) {
     return change(path, [&](int folder, const char* name) { return mkdirat(folder, name, mode); });
 }
@@ -266,7 +255,6 @@ fuse_operations operations() {
     all.read = read;
     all.write = write;
     all.fsync = sync;
-    all.truncate = truncate;
     all.mkdir = makeFolder;
     all.symlink = makeSymbolicLink;
     all.unlink = removeFile;

@@ -1,5 +1,5 @@
-// Moves while the disk fails, or the process is killed, at every single system call in turn. The linker leads
-// the calls of the code under test through the functions below (see CMakeLists.txt).
+// Moves while the disk fails, or the process is killed, at every single system call in turn, but for those that copy
+// attributes. The linker leads the calls of the code under test through the functions below (see CMakeLists.txt).
 #include "Platform/FileManager.h"
 #include "Tests/Support/TemporaryFolder.h"
 
