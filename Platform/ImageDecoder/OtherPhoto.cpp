@@ -63,6 +63,9 @@ protected:
 
 private:
     bool fillBuffer() {
+        if (m_start + m_filled >= m_file.size()) {
+            return false; // to read on would make the file count as one that ends too early
+        }
         m_start += m_filled;
         m_filled = static_cast<qint64>(m_file.read(m_buffer.data(), m_buffer.size()));
         m_next = 0;

@@ -100,15 +100,18 @@ void ThreadTeam::run(const std::function<void()>& body) {
     m_body = &body;
     m_door += onePiece | isOpen;
     m_door.notify_all();
-    try {
-        body();
-    } catch (const std::bad_alloc&) {
-        close();
-        throw;
-    }
+    work();
     close();
     if (m_lacksMemory.exchange(false)) {
         throw std::bad_alloc();
+    }
+}
+
+void ThreadTeam::work() {
+    try {
+        (*m_body)();
+    } catch (const std::bad_alloc&) {
+        m_lacksMemory = true;
     }
 }
 
@@ -126,11 +129,7 @@ void ThreadTeam::help() {
             return;
         }
         if (enter(piece)) {
-            try {
-                (*m_body)();
-            } catch (const std::bad_alloc&) {
-                m_lacksMemory = true;
-            }
+            work();
             leave();
         }
     }

@@ -56,6 +56,7 @@ private:
     void makeHelpers();
     static void* begin(void* team);
     void help();
+    void work();
     bool enter(quint32 piece);
     void leave();
     void close();
@@ -65,7 +66,7 @@ private:
     std::atomic<quint32> m_door =
         0; // to the latest piece of work: its number, helpers inside, and whether more may enter
     std::atomic<bool> m_isEnding = false;
-    std::atomic<bool> m_lacksMemory = false; // of a helper
+    std::atomic<bool> m_lacksMemory = false; // any of those at the present piece
     cpu_set_t m_cores{};                     // that the calling thread may use
     bool m_hasMadeHelpers = false;
     std::vector<pthread_t> m_helpers;

@@ -44,6 +44,9 @@ private slots:
 
 private:
     QImage decode(const QByteArray& file, int maxPixelSize = 0) const;
+    bool isPartial(const QByteArray& file) const {
+        return decodeImage(m_folder.write("photo.jpg", file), 0)->origin().isPartial;
+    }
 
     TemporaryFolder m_folder;
 };
@@ -123,6 +126,7 @@ void OtherFormatTest::aPictureOfAnotherFormatIsShown() {
     QCOMPARE(shown.size(), picture.size());
     QCOMPARE(shown.format(), QImage::Format_RGB32);
     QVERIFY(meanDifference(shown, picture) < 4);
+    QVERIFY(!isPartial(encoded(picture, format)));
 }
 
 void OtherFormatTest::itIsReducedLikeAPhoto_data() {
@@ -149,6 +153,7 @@ void OtherFormatTest::theFirstFrameOfAnAnimationIsShown() {
     QCOMPARE(shown.size(), QSize(2, 1));
     QCOMPARE(shown.pixelColor(0, 0), QColor(Qt::red));
     QCOMPARE(shown.pixelColor(1, 0), QColor(Qt::red));
+    QVERIFY(!isPartial(animation()));
 }
 
 void OtherFormatTest::transparentPartsAreShownOverBlack() {
