@@ -204,7 +204,9 @@ void VirtualScreen::key(Key key, bool isDown, std::chrono::milliseconds delay) {
 }
 
 void VirtualScreen::setLayout(const QString& layouts) {
-    QProcess::execute(layoutProgram, {"-display", m_displayName, "-layout", layouts});
+    if (QProcess::execute(layoutProgram, {"-display", m_displayName, "-layout", layouts}) != 0) {
+        throw std::runtime_error("the keyboard does not take the layouts");
+    }
 }
 
 void VirtualScreen::setKeyRepeat(std::chrono::milliseconds delay, std::chrono::milliseconds interval) {

@@ -42,7 +42,8 @@ public:
 
     ScreenWindow activeWindow() const override;
 
-    /// Gives the keyboard these layouts, the first of them in use: "ru,us". The keys are where they were.
+    /// Gives the keyboard these layouts, the first of them in use: "ru,us". The keys are where they were. Throws
+    /// std::runtime_error where there are none such.
     void setLayout(const QString& layouts);
 
     /// Has a key that is held repeat after the delay, in that interval.
