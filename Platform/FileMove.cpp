@@ -189,6 +189,15 @@ Result<void> removeCopied(const DirectoryEntry& source, const struct stat& statu
     return removeSource(source);
 }
 
+/// Whether the folders of both are one, to which two mounts lead: then what was just made in the one is in the other, too.
+Result<bool> isOneFolder(const DirectoryEntry& source, const DirectoryEntry& copy) {
+    const Presence echo = presenceOf({source.folder, copy.name});
+    if (echo == Presence::Unknown) {
+        return notMoved(source, errno);
+    }
+    return echo == Presence::There;
+}
+
 Result<void> moveToOtherDevice(
     const DirectoryEntry& source, const struct stat& status, const DirectoryEntry& target) {
     if (const int code = checkRemovable(source)) {
@@ -200,14 +209,12 @@ Result<void> moveToOtherDevice(
         return copied;
     }
     if (source.name == target.name) {
-        switch (presenceOf({source.folder, copy.name})) {
-        case Presence::
-            There: // one folder, which two mounts lead to: what would be replaced, and removed, is the source
-            return {};
-        case Presence::Unknown:
-            return notMoved(source, errno);
-        case Presence::Gone:
-            break;
+        const auto isOne = isOneFolder(source, copy);
+        if (!isOne) {
+            return isOne.error();
+        }
+        if (*isOne) {
+            return {}; // what would be replaced, and then removed, is the source
         }
     }
     Replacement replacement(target);
