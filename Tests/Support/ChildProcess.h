@@ -7,7 +7,7 @@
 /// How long to wait for what is sure to happen, in milliseconds: long enough for the busiest machine.
 constexpr int patience = 20'000;
 
-/// The surroundings of a program on that display: a home of its own, and nothing of the desktop that runs the
+/// The surroundings of a program on that display: a home of its own, no message bus, and nothing of the desktop that runs the
 /// tests but language, temporary folder and what finds and checks programs.
 QProcessEnvironment environmentFor(const Platform::FileURL& home, const QString& displayName);
 
