@@ -11,7 +11,7 @@ namespace Platform {
 
 namespace {
 
-constexpr std::size_t leastMapping = 64 << 10; // 16 pages, so that what the last leaves empty is little
+constexpr std::size_t leastMapping = 16 << 10; // 4 pages, so that what the last leaves empty is not much
 constexpr std::size_t hugePageSize = 2 << 20;
 constexpr std::size_t bytesPerPixel = 4;
 

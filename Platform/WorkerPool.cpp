@@ -1,5 +1,7 @@
 #include "Platform/WorkerPool.h"
 
+#include "Platform/Heaps.h"
+
 #include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -61,14 +63,31 @@ struct WorkerPool::State {
 /// Waits until there is work. False where the thread is to end: with the pool, or because it had nothing to do and another
 /// waits as well.
 bool WorkerPool::waitForWork(State& state, std::unique_lock<std::mutex>& lock) {
+    const auto isOver = [&] { return state.isEnding || !state.waiting.empty(); };
     ++state.idleThreads;
-    bool hasWork = false;
-    do {
-        hasWork =
-            state.hasWork.wait_for(lock, idleTime, [&] { return state.isEnding || !state.waiting.empty(); });
-    } while (!hasWork && state.idleThreads == 1);
+    if (!state.hasWork.wait_for(lock, idleTime, isOver)) {
+        if (state.idleThreads > 1) {
+            --state.idleThreads;
+            return false;
+        }
+        giveBackMemory(state, lock);
+        state.hasWork.wait(lock, isOver);
+    }
     --state.idleThreads;
-    return hasWork && !state.isEnding;
+    return !state.isEnding;
+}
+
+/// What decodes, and folders and choosers that were closed, have left in the heaps goes back to the system while the user looks at a
+/// photo. An idle thread must not do it: it would hold up all that need memory for as long as it gets no core.
+void WorkerPool::giveBackMemory(State& state, std::unique_lock<std::mutex>& lock) {
+    if (state.priority == TaskPriority::Background) {
+        return;
+    }
+    --state.idleThreads; // work that comes meanwhile is for another
+    lock.unlock();
+    trimHeaps();
+    lock.lock();
+    ++state.idleThreads;
 }
 
 WorkerPool::WorkerPool(int maximumThreads, TaskPriority priority, std::function<void(Step)> deliver)

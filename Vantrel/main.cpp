@@ -1,4 +1,5 @@
 #include "Platform/GraphicsProcessor.h"
+#include "Platform/Heaps.h"
 #include "Vantrel/VantrelApp.h"
 
 #include <QApplication>
@@ -7,10 +8,6 @@
 #include <sys/resource.h>
 
 #include <algorithm>
-
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
 
 namespace {
 
@@ -22,15 +19,6 @@ void chooseRenderer() {
     if (!isChosen && !Platform::hasGraphicsProcessor()) {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     }
-}
-
-/// Has the threads that decode share a few heaps. Left alone, the C library gives each its own, which keeps the megabytes
-/// of the largest decode that ever came to it: the application would grow until each of many threads has had its turn.
-void shareHeaps() {
-#ifdef __GLIBC__
-    constexpr int heaps = 4;
-    mallopt(M_ARENA_MAX, heaps);
-#endif
 }
 
 /// A photo on a disk that does not answer holds a file open for as long; the usual 1024 would soon be all, and nothing else could
@@ -47,7 +35,7 @@ void allowManyOpenFiles() {
 } // namespace
 
 int main(int argc, char** argv) {
-    shareHeaps();
+    Platform::limitHeaps();
     allowManyOpenFiles();
     QApplication::setOrganizationName(QStringLiteral("Vantrel"));
     QApplication::setApplicationName(QStringLiteral("Vantrel"));

@@ -59,6 +59,7 @@ private slots:
         QTest::addColumn<int>("count");
         QTest::newRow("large") << QSize(4000, 3000) << 4;
         QTest::newRow("small") << QSize(200, 133) << 500;
+        QTest::newRow("half of a small one") << QSize(100, 67) << 2000;
     }
 
     void itsMemoryGoesBackWithIt() {
