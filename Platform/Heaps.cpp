@@ -8,12 +8,10 @@
 
 namespace Platform {
 
-void limitHeaps() {
+void shareHeaps() {
 #ifdef __GLIBC__
     constexpr int heaps = 4;
-    constexpr int large = 128 << 10; // bytes; as it begins, but for good
     mallopt(M_ARENA_MAX, heaps);
-    mallopt(M_MMAP_THRESHOLD, large);
 #endif
 }
 

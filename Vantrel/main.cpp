@@ -35,7 +35,7 @@ void allowManyOpenFiles() {
 } // namespace
 
 int main(int argc, char** argv) {
-    Platform::limitHeaps();
+    Platform::shareHeaps();
     allowManyOpenFiles();
     QApplication::setOrganizationName(QStringLiteral("Vantrel"));
     QApplication::setApplicationName(QStringLiteral("Vantrel"));

@@ -70,8 +70,6 @@ class HeapsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { Platform::limitHeaps(); }
-
     void whatIsFreedBetweenOthersGoesBackWhenTheHeapsAreTrimmed() {
         const qint64 before = residentMemory();
         std::vector<Piece> pieces = manyPieces();
@@ -96,18 +94,6 @@ private slots:
             [&](qint64 memory) { isDone = memory - before > 50 * mebibyte; });
         QTRY_VERIFY_WITH_TIMEOUT(isDone, patience);
         QTRY_VERIFY_WITH_TIMEOUT(residentMemory() - before < 25 * mebibyte, patience);
-    }
-
-    /// Left alone, the library would keep the later ones in a heap, having seen the first one freed.
-    void aLargePieceGoesBackAtOnce() {
-        const qint64 before = residentMemory();
-        for (int time = 0; time < 3; ++time) {
-            Piece large(24 * mebibyte);
-            const Piece small(
-                1000); // comes to lie behind the large one, and so holds it where they are in one heap
-            large.release();
-            QVERIFY(residentMemory() - before < 4 * mebibyte);
-        }
     }
 };
 
