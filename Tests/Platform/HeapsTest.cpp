@@ -2,64 +2,35 @@
 
 #include "Platform/SystemTaskScheduler.h"
 #include "Tests/Support/ChildProcess.h"
+#include "Tests/Support/ResidentMemory.h"
 
 #include <QTest>
 
-#include <unistd.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <utility>
+#include <memory>
 #include <vector>
 
 namespace {
 
 constexpr qint64 mebibyte = 1 << 20;
 
-/// Resident memory of this process, in bytes.
-qint64 residentMemory() {
-    qint64 pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return pages * sysconf(_SC_PAGESIZE);
-}
+using Pieces = std::vector<std::unique_ptr<char[]>>;
 
-/// Memory of the heaps that has been written to, until the end of the scope or release().
-class Piece {
-public:
-    explicit Piece(std::size_t bytes) : m_start(std::malloc(bytes)) { std::memset(m_start, 1, bytes); }
-    ~Piece() { std::free(m_start); }
-    Piece(const Piece&) = delete;
-    Piece& operator=(const Piece&) = delete;
-    Piece(Piece&& other) noexcept : m_start(std::exchange(other.m_start, nullptr)) {}
-    Piece& operator=(Piece&& other) noexcept {
-        std::swap(m_start, other.m_start);
-        return *this;
-    }
-
-    void release() { std::free(std::exchange(m_start, nullptr)); }
-
-private:
-    void* m_start;
-};
-
-/// Of 62.5 MiB together, each too small to lie outside of the heaps.
-std::vector<Piece> manyPieces() {
+/// Of 62.5 MiB together, written to, each too small to lie outside of the heaps.
+Pieces manyPieces() {
     constexpr std::size_t size = 40 << 10;
     constexpr int count = 1600;
-    std::vector<Piece> pieces;
-    pieces.reserve(count);
+    Pieces pieces;
     for (int made = 0; made < count; ++made) {
-        pieces.emplace_back(size);
+        pieces.push_back(std::make_unique<char[]>(size));
     }
     return pieces;
 }
 
 /// Those that stay lie between those that go.
-void freeMost(std::vector<Piece>& pieces) {
+void freeMost(Pieces& pieces) {
     for (std::size_t i = 0; i < pieces.size(); ++i) {
         if (i % 4 != 3) {
-            pieces[i].release();
+            pieces[i].reset();
         }
     }
 }
@@ -72,7 +43,7 @@ class HeapsTest : public QObject {
 private slots:
     void whatIsFreedBetweenOthersGoesBackWhenTheHeapsAreTrimmed() {
         const qint64 before = residentMemory();
-        std::vector<Piece> pieces = manyPieces();
+        Pieces pieces = manyPieces();
         freeMost(pieces);
         QVERIFY(residentMemory() - before > 50 * mebibyte);
         Platform::trimHeaps();
@@ -81,7 +52,7 @@ private slots:
 
     void whatWorkHasFreedGoesBackOnceNoMoreHasComeForAWhile() {
         const qint64 before = residentMemory();
-        std::vector<Piece> pieces;
+        Pieces pieces;
         Platform::SystemTaskScheduler scheduler;
         bool isDone = false;
         scheduler.detached(

@@ -1,24 +1,12 @@
 #include "Platform/PixelMemory.h"
 
+#include "Tests/Support/ResidentMemory.h"
+
 #include <QTest>
 
-#include <unistd.h>
-
-#include <fstream>
 #include <vector>
 
 using Platform::undefinedPicture;
-
-namespace {
-
-/// Resident memory of this process, in bytes.
-qint64 residentMemory() {
-    qint64 pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return pages * sysconf(_SC_PAGESIZE);
-}
-
-} // namespace
 
 class PixelMemoryTest : public QObject {
     Q_OBJECT
