@@ -1,8 +1,9 @@
 #include "Platform/SystemTaskScheduler.h"
 
+#include "Platform/Heaps.h"
+
 #include <QCoreApplication>
 #include <QEvent>
-#include <QTimer>
 
 #include <utility>
 
@@ -14,16 +15,36 @@ namespace {
 // dying disk does not return from, which must not hold up the photos elsewhere: as many as a held key leaves in half a minute.
 constexpr int maximumThreads = 1024;
 
+constexpr std::chrono::seconds restTime{2};
+
 constexpr auto stepEvent = QEvent::User;
 
 } // namespace
 
 SystemTaskScheduler::SystemTaskScheduler()
     : m_userInitiated(maximumThreads, TaskPriority::UserInitiated, toMainThread()),
-      m_background(maximumThreads, TaskPriority::Background, toMainThread()) {}
+      m_background(maximumThreads, TaskPriority::Background, toMainThread()) {
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(restTime);
+    QObject::connect(&m_rest, &QTimer::timeout, this, &SystemTaskScheduler::giveBackMemory);
+}
 
 auto SystemTaskScheduler::toMainThread() -> std::function<void(Step)> {
-    return [this](Step step) { m_mainThread.add(std::move(step)); };
+    return [this](Step step) {
+        m_mainThread.add([this, step = std::move(step)] {
+            step();
+            m_rest.start();
+        });
+    };
+}
+
+/// What decodes, and folders and choosers that were closed, have left in the heaps goes back to the system while the user looks at a
+/// photo. It takes a frame's time, and locks the heaps meanwhile: neither the main thread may do it, nor one that may get no core.
+void SystemTaskScheduler::giveBackMemory() {
+    m_userInitiated.run(Task(), []() -> Step {
+        trimHeaps();
+        return {};
+    });
 }
 
 void SystemTaskScheduler::MainThreadSteps::add(Step step) {
@@ -49,6 +70,7 @@ bool SystemTaskScheduler::MainThreadSteps::event(QEvent* event) {
 void SystemTaskScheduler::runDetached(const Task& task, TaskPriority priority, std::function<Step()> work) {
     WorkerPool& pool = priority == TaskPriority::Background ? m_background : m_userInitiated;
     pool.run(task, std::move(work));
+    m_rest.start();
 }
 
 void SystemTaskScheduler::runLater(std::chrono::nanoseconds duration, Step step) {

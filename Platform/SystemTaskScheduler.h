@@ -4,6 +4,7 @@
 #include "Platform/WorkerPool.h"
 
 #include <QObject>
+#include <QTimer>
 
 #include <deque>
 #include <mutex>
@@ -14,6 +15,8 @@ namespace Platform {
 /// the lowest. Sleeps by the real clock. Made and destroyed on the main thread, whose event loop must run for
 /// deliveries. The destructor cancels what is under way and waits for it, but not for work that is stuck in the operating
 /// system: that finds its task cancelled and touches nothing when it comes back.
+///
+/// Where no work has come or ended for two seconds, it gives back to the system what has been freed in the heaps.
 class SystemTaskScheduler final : public TaskScheduler {
 public:
     SystemTaskScheduler();
@@ -38,11 +41,13 @@ private:
     };
 
     std::function<void(Step)> toMainThread();
+    void giveBackMemory();
 
     // Steps that are still queued are dropped with it. It outlives the pools, whose threads add to it.
     MainThreadSteps m_mainThread;
     WorkerPool m_userInitiated;
     WorkerPool m_background;
+    QTimer m_rest; // runs out when there has been no work for a while
 };
 
 } // namespace Platform

@@ -1,7 +1,5 @@
 #include "Platform/WorkerPool.h"
 
-#include "Platform/Heaps.h"
-
 #include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -70,24 +68,10 @@ bool WorkerPool::waitForWork(State& state, std::unique_lock<std::mutex>& lock) {
             --state.idleThreads;
             return false;
         }
-        giveBackMemory(state, lock);
         state.hasWork.wait(lock, isOver);
     }
     --state.idleThreads;
     return !state.isEnding;
-}
-
-/// What decodes, and folders and choosers that were closed, have left in the heaps goes back to the system while the user looks at a
-/// photo. An idle thread must not do it: it would hold up all that need memory for as long as it gets no core.
-void WorkerPool::giveBackMemory(State& state, std::unique_lock<std::mutex>& lock) {
-    if (state.priority == TaskPriority::Background) {
-        return;
-    }
-    --state.idleThreads; // work that comes meanwhile is for another
-    lock.unlock();
-    trimHeaps();
-    lock.lock();
-    ++state.idleThreads;
 }
 
 WorkerPool::WorkerPool(int maximumThreads, TaskPriority priority, std::function<void(Step)> deliver)

@@ -32,7 +32,6 @@ private:
 
     static void addThread(const std::shared_ptr<State>& state);
     static bool waitForWork(State& state, std::unique_lock<std::mutex>& lock);
-    static void giveBackMemory(State& state, std::unique_lock<std::mutex>& lock);
     static void serve(const std::shared_ptr<State>& state);
 
     const std::shared_ptr<State> m_state; // shared with the threads, which may outlive the pool

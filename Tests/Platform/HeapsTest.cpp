@@ -50,13 +50,20 @@ private slots:
         QVERIFY(residentMemory() - before < 25 * mebibyte);
     }
 
+    void whatWorkHasFreedGoesBackOnceNoMoreHasComeForAWhile_data() {
+        QTest::addColumn<Platform::TaskPriority>("priority");
+        QTest::newRow("user-initiated") << Platform::TaskPriority::UserInitiated;
+        QTest::newRow("background") << Platform::TaskPriority::Background;
+    }
+
     void whatWorkHasFreedGoesBackOnceNoMoreHasComeForAWhile() {
+        QFETCH(Platform::TaskPriority, priority);
         const qint64 before = residentMemory();
         Pieces pieces;
         Platform::SystemTaskScheduler scheduler;
         bool isDone = false;
         scheduler.detached(
-            Platform::TaskPriority::UserInitiated,
+            priority,
             [&pieces](const Platform::Task&) {
                 pieces = manyPieces();
                 freeMost(pieces);

@@ -1,5 +1,7 @@
 #include "Tests/Soak/ResourceLog.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -51,6 +53,20 @@ double readFromDiskBy(qint64 processId) {
         }
     }
     return 0;
+}
+
+std::chrono::milliseconds processorTimeOf(qint64 processId) {
+    constexpr int valuesBefore = 11; // between the name, which may have spaces, and the times (proc(5))
+    std::ifstream stat = openedFor(processId, "stat");
+    std::string value;
+    std::getline(stat, value, ')');
+    for (int skipped = 0; skipped < valuesBefore; ++skipped) {
+        stat >> value;
+    }
+    long inProgram = 0;
+    long inKernel = 0;
+    stat >> inProgram >> inKernel;
+    return std::chrono::milliseconds((inProgram + inKernel) * 1000 / sysconf(_SC_CLK_TCK));
 }
 
 std::vector<ResourceLog::Sample> ResourceLog::restingSince(double hours) const {

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <vector>
 
 /// What a process holds at one moment.
@@ -19,13 +20,17 @@ Resources resourcesOf(qint64 processId);
 /// Throws as resourcesOf() does.
 double readFromDiskBy(qint64 processId);
 
+/// For how long a process has been on a processor so far, all its threads together, to hundredths of a second. Throws as
+/// resourcesOf() does.
+std::chrono::milliseconds processorTimeOf(qint64 processId);
+
 /// What a process held in the course of time.
 class ResourceLog {
 public:
     struct Sample {
         double hours = 0;
         Resources resources;
-        bool isAtRest = false; ///< nothing was being decoded for the screen: comparable with others at rest
+        bool isAtRest = false; ///< nothing was being done: comparable with others at rest
     };
 
     /// How a value changes with time, by least squares.

@@ -9,8 +9,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -60,9 +62,27 @@ private slots:
         QVERIFY2(read >= kibibytes && read < 2 * kibibytes, qPrintable(QString::number(read)));
     }
 
+    void theTimeOnAProcessorIsThatOfAllThreads() {
+        using namespace std::chrono_literals;
+        const auto before = processorTimeOf(getpid());
+        const std::clock_t start = std::clock(); // of all threads, too
+        const auto passed = [start] {
+            return std::chrono::milliseconds((std::clock() - start) * 1000 / CLOCKS_PER_SEC);
+        };
+        const auto work = [&] {
+            while (passed() < 200ms) {
+            }
+        };
+        std::thread(work).join();
+        const auto counted = processorTimeOf(getpid()) - before;
+        QVERIFY2(
+            counted >= 180ms && counted <= passed() + 20ms, qPrintable(QString::number(counted.count())));
+    }
+
     void aProcessThatIsGoneIsAFailure() {
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, resourcesOf(std::numeric_limits<int>::max()));
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, readFromDiskBy(std::numeric_limits<int>::max()));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, processorTimeOf(std::numeric_limits<int>::max()));
     }
 
     void theTrendIsTheLineThroughTheSamplesAtRestSinceThen() {

@@ -52,26 +52,36 @@ public:
         }
     }
 
-    /// The least of what it holds within three seconds, which is what it holds between the decodes that go on behind the
-    /// screen.
+    /// Takes a sample once nothing is decoded ahead any more.
     void sampleAtRest() {
-        constexpr int readings = 60;
-        Resources least = resourcesOf(m_processId);
-        for (int reading = 1; reading < readings; ++reading) {
-            QTest::qWait(50);
-            const Resources now = resourcesOf(m_processId);
-            for (const auto value : {&Resources::resident, &Resources::anonymous, &Resources::fileDescriptors,
-                     &Resources::threads}) {
-                least.*value = std::min(least.*value, now.*value);
-            }
-        }
-        m_log.add({hours(), least, true});
+        waitForRest();
+        m_log.add({hours(), resourcesOf(m_processId), true});
     }
 
     const ResourceLog& log() const { return m_log; }
 
 private:
     using Clock = std::chrono::steady_clock;
+
+    /// Returns when the process has done next to nothing for some seconds. After two, threads end and what was freed in its
+    /// heaps is given back.
+    void waitForRest() const {
+        constexpr std::chrono::seconds rest(4);
+        constexpr std::chrono::minutes longestWork(2);
+        constexpr std::chrono::milliseconds nextToNothing(30);
+        const auto start = Clock::now();
+        auto restsSince = start;
+        for (auto used = processorTimeOf(m_processId); Clock::now() - restsSince < rest;) {
+            QTest::qWait(100);
+            if (const auto now = processorTimeOf(m_processId); now - used > nextToNothing) {
+                used = now;
+                restsSince = Clock::now();
+            }
+            if (Clock::now() - start > longestWork) {
+                throw std::runtime_error("the application does not come to rest");
+            }
+        }
+    }
 
     const qint64 m_processId;
     const Clock::time_point m_start = Clock::now();
