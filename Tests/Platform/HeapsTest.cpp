@@ -59,13 +59,12 @@ private slots:
     void whatWorkHasFreedGoesBackOnceNoMoreHasComeForAWhile() {
         QFETCH(Platform::TaskPriority, priority);
         const qint64 before = residentMemory();
-        Pieces pieces;
+        Pieces pieces = manyPieces();
         Platform::SystemTaskScheduler scheduler;
         bool isDone = false;
         scheduler.detached(
             priority,
             [&pieces](const Platform::Task&) {
-                pieces = manyPieces();
                 freeMost(pieces);
                 return residentMemory();
             },
