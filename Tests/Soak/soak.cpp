@@ -17,7 +17,6 @@
 #include <QFile>
 #include <QTest>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <optional>
