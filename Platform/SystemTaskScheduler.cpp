@@ -75,7 +75,10 @@ void SystemTaskScheduler::runDetached(const Task& task, TaskPriority priority, s
 
 void SystemTaskScheduler::runLater(std::chrono::nanoseconds duration, Step step) {
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(duration);
-    QTimer::singleShot(milliseconds, Qt::PreciseTimer, &m_mainThread, std::move(step));
+    QTimer::singleShot(milliseconds, Qt::PreciseTimer, &m_mainThread, [this, step = std::move(step)] {
+        step();
+        m_rest.start();
+    });
 }
 
 } // namespace Platform

@@ -16,7 +16,8 @@ namespace Platform {
 /// deliveries. The destructor cancels what is under way and waits for it, but not for work that is stuck in the operating
 /// system: that finds its task cancelled and touches nothing when it comes back.
 ///
-/// Where no work has come or ended for two seconds, it gives back to the system what has been freed in the heaps.
+/// Where no work has come or ended, and no sleep either, for two seconds, it gives back to the system what has been freed in the
+/// heaps.
 class SystemTaskScheduler final : public TaskScheduler {
 public:
     SystemTaskScheduler();

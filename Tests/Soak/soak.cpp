@@ -62,10 +62,10 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    /// Returns when the process has done next to nothing for some seconds. After two, threads end and what was freed in its
-    /// heaps is given back.
+    /// Returns when the process has done next to nothing for some seconds. Five seconds after the last photo that it decodes ahead,
+    /// the list of them is let go; after two more, what was freed in its heaps is given back, and after two more, threads end.
     void waitForRest() const {
-        constexpr std::chrono::seconds rest(4);
+        constexpr std::chrono::seconds rest(10);
         constexpr std::chrono::minutes longestWork(2);
         constexpr std::chrono::milliseconds nextToNothing(30);
         const auto start = Clock::now();
