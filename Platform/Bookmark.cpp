@@ -65,7 +65,7 @@ QByteArray encode(const Content& content) {
     QByteArray data;
     QDataStream stream(&data, QIODevice::WriteOnly);
     stream.setVersion(QDataStream::Qt_6_4);
-    const std::string& path = content.url.path().native();
+    const std::string path = content.url.path().native();
     stream << signature << content.identity;
     stream.writeRawData(path.data(), static_cast<int>(path.size()));
     return data;

@@ -24,32 +24,35 @@ FileURL::FileURL(const std::filesystem::path& path) {
     std::error_code workingDirectoryIsGone;
     const std::filesystem::path absolute = std::filesystem::absolute(path, workingDirectoryIsGone);
     if (!path.empty() && !workingDirectoryIsGone) {
-        m_path = withoutTrailingSlash(absolute.lexically_normal());
+        m_path = withoutTrailingSlash(absolute.lexically_normal()).native();
     }
 }
 
 std::string FileURL::lastPathComponent() const {
-    return m_path.has_filename() ? m_path.filename().native() : m_path.native();
+    const std::size_t slash = m_path.rfind('/');
+    return slash + 1 == m_path.size() ? m_path : m_path.substr(slash + 1);
 }
 
 std::string FileURL::pathExtension() const {
-    const std::string extension = m_path.extension().native();
+    const std::string extension = std::filesystem::path(lastPathComponent()).extension().native();
     return extension.empty() ? extension : extension.substr(1);
 }
 
 std::string FileURL::baseName() const {
-    return m_path.stem().native();
+    return std::filesystem::path(lastPathComponent()).stem().native();
 }
 
 FileURL FileURL::appendingPathComponent(std::string_view name) const {
+    const std::string_view separator = m_path.empty() || m_path.ends_with('/') ? "" : "/";
     FileURL entry;
-    entry.m_path = m_path / std::filesystem::path(name);
+    entry.m_path.reserve(m_path.size() + separator.size() + name.size());
+    entry.m_path.append(m_path).append(separator).append(name);
     return entry;
 }
 
 FileURL FileURL::deletingLastPathComponent() const {
     FileURL parent;
-    parent.m_path = m_path.parent_path();
+    parent.m_path = path().parent_path().native();
     return parent;
 }
 

@@ -25,7 +25,7 @@ public:
     explicit FileURL(const std::filesystem::path& path);
 
     bool isEmpty() const { return m_path.empty(); }
-    const std::filesystem::path& path() const { return m_path; }
+    std::filesystem::path path() const { return m_path; }
 
     /// The name of the file or folder itself; "/" for the root and "" for no location.
     std::string lastPathComponent() const;
@@ -45,7 +45,8 @@ public:
     bool operator==(const FileURL&) const = default;
 
 private:
-    std::filesystem::path m_path;
+    // Not a path, which holds each of its components, too: that takes several times the memory for each photo of a folder.
+    std::string m_path;
 };
 
 /// Whether two extensions are the same but for the case of ASCII letters.
