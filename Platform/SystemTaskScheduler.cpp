@@ -30,12 +30,12 @@ SystemTaskScheduler::SystemTaskScheduler()
 }
 
 auto SystemTaskScheduler::toMainThread() -> std::function<void(Step)> {
-    return [this](Step step) {
-        m_mainThread.add([this, step = std::move(step)] {
-            step();
-            m_rest.start();
-        });
-    };
+    return [this](Step step) { m_mainThread.add([this, step = std::move(step)] { run(step); }); };
+}
+
+void SystemTaskScheduler::run(const Step& step) {
+    step();
+    m_rest.start();
 }
 
 /// What decodes, and folders and choosers that were closed, have left in the heaps goes back to the system while the user looks at a
@@ -75,10 +75,8 @@ void SystemTaskScheduler::runDetached(const Task& task, TaskPriority priority, s
 
 void SystemTaskScheduler::runLater(std::chrono::nanoseconds duration, Step step) {
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(duration);
-    QTimer::singleShot(milliseconds, Qt::PreciseTimer, &m_mainThread, [this, step = std::move(step)] {
-        step();
-        m_rest.start();
-    });
+    QTimer::singleShot(
+        milliseconds, Qt::PreciseTimer, &m_mainThread, [this, step = std::move(step)] { run(step); });
 }
 
 } // namespace Platform

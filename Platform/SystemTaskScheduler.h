@@ -42,6 +42,7 @@ private:
     };
 
     std::function<void(Step)> toMainThread();
+    void run(const Step& step);
     void giveBackMemory();
 
     // Steps that are still queued are dropped with it. It outlives the pools, whose threads add to it.
